@@ -1,0 +1,260 @@
+// The item's formats: raw value to client value, client value to raw value, and the item in a whole group's
+// bytes.
+
+#include "errors/AutomationError.h"
+#include "model/KELDataGroup.h"
+#include "model/KELDataItem.h"
+#include "values/Text.h"
+#include "values/VariantConversion.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+namespace orvo {
+
+namespace {
+
+std::size_t ByteLength(std::int32_t wordLength) noexcept {
+  return wordLength > 0 ? 2 * static_cast<std::size_t>(wordLength) : 0;
+}
+
+// The number in the first `count` bytes, least significant first. Error 9 when there are fewer.
+std::uint32_t LittleEndian(std::span<const std::uint8_t> bytes, std::size_t count) {
+  if (bytes.size() < count) RaiseRuntimeError(RuntimeError::SubscriptOutOfRange);
+  std::uint32_t number = 0;
+  for (std::size_t i = 0; i < count; ++i)
+    number |= std::uint32_t{bytes[i]} << (8 * i);
+  return number;
+}
+
+}  // namespace
+
+std::int32_t DecodeBCD(std::int32_t value) noexcept {
+  std::int32_t decoded = 0;
+  std::int32_t ten = 1;
+  double sixteen = 1;
+  for (int digit = 0; digit < 4; ++digit) {
+    // kept: the quotient is rounded, halves to even, not cut off: 0x0018 decodes to 28.
+    decoded += ten * (RoundToI4(value / sixteen) & 15);
+    ten *= 10;
+    sixteen *= 16;
+  }
+  return decoded;
+}
+
+std::int32_t KELDataItem::DataSize() const {
+  const std::string_view code = std::string_view(itemId_).substr(0, 2);
+  if (code == "BY") return 1;
+  if (code == "WO") return 2;
+  if (code == "DW" || code == "FL") return 4;
+  if (code == "ST") return RoundToI4(LeadingNumber(FromUnit(itemId_, 8)));
+  if (code == "RA") return RoundToI4(LeadingNumber(FromUnit(itemId_, 5)));
+  return 0;
+}
+
+void KELDataItem::ExtractDriverValue(Variant& value) const {
+  const std::shared_ptr<KELDataGroup> group = Parent();
+  if (!group) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+  const std::shared_ptr<DeviceObject> device = group->RequireServer()->Device();
+  if (!device) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+  device->ExtractValue(compiledAddress_, value, 0);
+}
+
+// An array is decoded once; the number stays in its place.
+void KELDataItem::DecodeBytes() {
+  if (!dataValue_.IsByteArray()) return;
+  if (itemType_ == ItemTypeInteger && wordLength_ == 1)
+    dataValue_ = static_cast<std::int16_t>(LittleEndian(dataValue_.Bytes(), 2));
+  else if (itemType_ == ItemTypeInteger && wordLength_ == 2)
+    dataValue_ = static_cast<std::int32_t>(LittleEndian(dataValue_.Bytes(), 4));
+  else if (itemType_ == ItemTypeFloat && wordLength_ == 2)
+    dataValue_ = std::bit_cast<float>(LittleEndian(dataValue_.Bytes(), 4));
+}
+
+Variant KELDataItem::ClientValue() {
+  if (dataValue_.IsEmpty()) return {};
+  // The device's extraction can come back in and let go of the item.
+  const std::shared_ptr<AutomationObject> self = weak_from_this().lock();
+  switch (itemType_) {
+    case ItemTypeInteger:
+      return ClientInteger();
+    case ItemTypeString:
+      return ClientText();
+    case ItemTypeFloat: {
+      DecodeBytes();
+      Variant value = dataValue_;
+      ExtractDriverValue(value);
+      return value;
+    }
+    case ItemTypeRaw:
+      return dataValue_;
+    default:
+      return {};
+  }
+}
+
+Variant KELDataItem::ClientInteger() {
+  DecodeBytes();
+  Variant value = dataValue_;
+  ExtractDriverValue(value);
+  if (!signed_ && ToR8(value) < 0) {
+    const double range = std::ldexp(1.0, 8 * DataSize());
+    return range - 1 - static_cast<double>(~ToI4(value));
+  }
+  if (bcd_) return DecodeBCD(ToI4(value));
+  return value;
+}
+
+Variant KELDataItem::ClientText() const {
+  const std::int32_t size = DataSize();
+  if (dataValue_.Is(VariantKind::String)) return LeftUnits(dataValue_.Text(), size);
+  if (!dataValue_.IsByteArray()) return {};
+  std::string text;
+  std::int64_t index = dataValue_.LowerBound();
+  for (const std::uint8_t code : dataValue_.Bytes()) {
+    // kept: a zero byte is skipped and does not end the text.
+    if (code > 0) AppendWindows1252(text, code);
+    // kept: the byte at the index equal to the data size still counts, so one more than the data size is looked
+    // at.
+    if (index++ == size) break;
+  }
+  return text;
+}
+
+Variant KELDataItem::CheckClientValue(const Variant& value) const {
+  switch (itemType_) {
+    case ItemTypeInteger:
+      return CheckInteger(value);
+    case ItemTypeString:
+      return CheckText(value);
+    case ItemTypeFloat:
+      return CheckFloat(value);
+    case ItemTypeRaw:
+      return CheckRaw(value);
+    default:
+      if (!value.IsEmpty() && !value.IsNull()) RaiseRuntimeError(RuntimeError::TypeMismatch);
+      return value;
+  }
+}
+
+Variant KELDataItem::CheckInteger(const Variant& value) const {
+  if (value.IsEmpty() || value.IsNull()) return std::int32_t{0};
+  if (value.IsArray()) RaiseRuntimeError(RuntimeError::TypeMismatch);
+  const auto require = [](bool accepted) {
+    if (!accepted) RaiseRuntimeError(RuntimeError::Overflow);
+  };
+  const std::int32_t size = DataSize();
+  switch (value.Kind()) {
+    case VariantKind::I2: {
+      const auto number = value.Get<std::int16_t>();
+      require(number >= 0 || signed_);
+      if (size == 0) require(number == 0 || number == 1);
+      if (size == 1) require(number >= 0 && number <= 255);
+      // kept: words and double words take a 16-bit integer without a range check.
+      return std::int32_t{number};
+    }
+    case VariantKind::UI1: {
+      const auto number = value.Get<std::uint8_t>();
+      if (size == 0) require(number <= 1);
+      return std::int32_t{number};
+    }
+    case VariantKind::I4:
+    case VariantKind::R4:
+    case VariantKind::R8:
+    case VariantKind::Currency:
+    case VariantKind::String:
+    case VariantKind::I1:
+    case VariantKind::UI2:
+    case VariantKind::UI4:
+    case VariantKind::I8:
+    case VariantKind::UI8:
+      break;
+    default:
+      RaiseRuntimeError(RuntimeError::TypeMismatch);
+  }
+  const double number = ToR8(value);
+  require(number == std::floor(number));
+  const auto within = [&](double lowest, double highest) { require(number >= lowest && number <= highest); };
+  switch (size) {
+    case 0:
+      within(0, 1);
+      break;
+    case 1:
+      within(0, 255);  // kept: a byte has no negative values even when it is signed
+      break;
+    case 2:
+      signed_ ? within(-32768, 32767) : within(0, 65535);
+      break;
+    case 4:
+      signed_ ? within(-2147483648.0, 2147483647.0) : within(0, 4294967295.0);
+      break;
+    default:
+      require(false);  // a length without a range
+  }
+  // A double word above the signed range travels as the same 32 bits.
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::int64_t>(number)));
+}
+
+Variant KELDataItem::CheckText(const Variant& value) const {
+  if (value.IsEmpty() || value.IsNull() || value.IsByteArray()) return value;
+  if (value.IsArray() || value.Is(VariantKind::Object) || value.Is(VariantKind::Error))
+    RaiseRuntimeError(RuntimeError::TypeMismatch);
+  const std::string text = ToText(value);
+  return LeftUnits(text, DataSize());
+}
+
+Variant KELDataItem::CheckFloat(const Variant& value) const {
+  if (value.IsEmpty() || value.IsNull()) return 0.0F;
+  if (value.IsArray()) RaiseRuntimeError(RuntimeError::TypeMismatch);
+  switch (value.Kind()) {
+    case VariantKind::I2:
+    case VariantKind::I4:
+    case VariantKind::R4:
+    case VariantKind::UI1:
+      return ToR4(value);
+    case VariantKind::R8:
+    case VariantKind::Currency:
+    case VariantKind::String:
+    case VariantKind::I1:
+    case VariantKind::UI2:
+    case VariantKind::UI4:
+    case VariantKind::I8:
+    case VariantKind::UI8:
+      return ToR4(ToR8(value));
+    default:
+      RaiseRuntimeError(RuntimeError::TypeMismatch);
+  }
+}
+
+Variant KELDataItem::CheckRaw(const Variant& value) const {
+  if (value.IsEmpty() || value.IsNull()) return value;
+  if (!value.IsByteArray()) RaiseRuntimeError(RuntimeError::TypeMismatch);
+  const std::int64_t longest =
+      std::max<std::int64_t>(DataSize(), static_cast<std::int64_t>(ByteLength(wordLength_)));
+  if (static_cast<std::int64_t>(value.ElementCount()) > longest) RaiseRuntimeError(RuntimeError::Overflow);
+  return value;
+}
+
+Variant KELDataItem::RawValue(const Variant& checked) const {
+  if (itemType_ != ItemTypeString) {
+    if (bcd_) return EncodeBCD(ToI4(checked));
+    return checked;
+  }
+  constexpr std::uint8_t blank = 32;
+  std::vector<std::uint8_t> bytes(ByteLength(wordLength_), 0);
+  const auto fill = [&](std::span<const std::uint8_t> source) {
+    const std::size_t count = std::min(source.size(), bytes.size());
+    std::copy_n(source.begin(), count, bytes.begin());
+    std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(count), bytes.end(), blank);
+  };
+  if (checked.Is(VariantKind::String))
+    fill(EncodeWindows1252(checked.Text()));
+  else if (checked.IsByteArray())
+    fill(checked.Bytes());
+  return Variant::OfBytes(bytes);
+}
+
+}  // namespace orvo
