@@ -1,0 +1,2 @@
+CheckEqual "two", 2, 3
+Done

@@ -1,0 +1,4 @@
+var nothingYet = null;
+Host.Echo("DONE 1 checks");
+
+nothingYet.anything();
