@@ -70,7 +70,8 @@ green "tools and tests include anything" tools/orvo/X.cpp $'#include "server/A.h
 green "tests include anything" tests/unit/X.cpp $'#include "com/A.h"\n#include "support/B.h"\n'
 
 # windows.h
-for file in business/com/X.cpp business/platform/win32/X.cpp business/module.cpp; do
+for file in business/com/X.cpp business/platform/win32/X.cpp business/module.cpp tests/unit/platform/win32/X.cpp \
+  tests/boundary/X.cpp; do
   green "windows.h in $file" "$file" $'#include <windows.h>\n'
 done
 for file in business/errors/X.cpp business/platform/portable/X.cpp business/platform/X.cpp drivers/simulated/X.cpp \

@@ -250,6 +250,9 @@ TEST_F(SynchronousTimeout, TheWaitPumpsAFewTimesPerTickAndWaitsInBetween) {
 }
 
 TEST_F(SynchronousTimeout, TheWaitOnTheRealClockUsesHardlyAnyProcessorTime) {
+#ifdef _WIN32
+  GTEST_SKIP() << "std::clock of Windows counts the time that has passed, not the processor's";
+#endif
   PortablePlatform platform;
   const auto server = KELDataServer::Create({platform, plant->files, plant->drivers});
   server->SetDriverConfigurationFile("drivers.ini");

@@ -95,6 +95,9 @@ TEST(Portable, PostOfAnotherThreadWakesAWaitingOwner) {
 }
 
 TEST(Portable, WaitingUsesNoProcessorTime) {
+#ifdef _WIN32
+  GTEST_SKIP() << "std::clock of Windows counts the time that has passed, not the processor's";
+#endif
   PortablePlatform platform;
   platform.SetTimer(1h, [](std::int32_t) {});
   const std::clock_t before = std::clock();
