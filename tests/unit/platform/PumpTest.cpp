@@ -1,6 +1,10 @@
-// The pump as every platform has it: the same cases on the portable and on the simulated one.
+// The pump as every platform has it: the same cases on each of them.
 #include "platform/portable/PortablePlatform.h"
 #include "platform/simulated/SimulatedPlatform.h"
+
+#ifdef _WIN32
+#include "platform/win32/Win32Platform.h"
+#endif
 
 #include <gtest/gtest.h>
 
@@ -40,12 +44,17 @@ class Pump : public testing::Test {
   std::unique_ptr<Platform> platform_ = std::make_unique<Platform>();
 };
 
+#ifdef _WIN32
+using Platforms = testing::Types<PortablePlatform, SimulatedPlatform, Win32Platform>;
+#else
 using Platforms = testing::Types<PortablePlatform, SimulatedPlatform>;
+#endif
 class PlatformNames {
  public:
   template <class Platform>
   static std::string GetName(int) {
-    return std::is_same_v<Platform, PortablePlatform> ? "Portable" : "Simulated";
+    if (std::is_same_v<Platform, PortablePlatform>) return "Portable";
+    return std::is_same_v<Platform, SimulatedPlatform> ? "Simulated" : "System";
   }
 };
 TYPED_TEST_SUITE(Pump, Platforms, PlatformNames);
