@@ -39,6 +39,14 @@ class EventSource {
   void UnadviseAll() noexcept { const std::vector<Connection> last = std::exchange(sinks_, {}); }
   bool IsEmpty() const noexcept { return sinks_.empty(); }
 
+  // Calls visit(cookie, sink) for each connected sink, in the order of their connection. `visit` must not
+  // connect or withdraw any.
+  template <class Visitor>
+  void Visit(Visitor&& visit) const {
+    for (const Connection& connection : sinks_)
+      visit(connection.cookie, connection.sink);
+  }
+
   // Calls `event(sink)` for each sink that was connected when the event was raised and still is when its turn
   // comes. A sink that fails does not stop the others. The caller keeps this object alive meanwhile.
   template <class Event>
