@@ -4,11 +4,12 @@
 #include "Advice.h"
 #include "errors/modIDataErrors.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <iomanip>
 #include <iostream>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -95,9 +96,9 @@ void PrintHead(std::string_view title) {
 }
 
 std::string Hexadecimal(std::uint32_t number) {
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), "0x%08X", number);
-  return text.data();
+  std::ostringstream text;
+  text << "0x" << std::hex << std::uppercase << std::setw(8) << std::setfill('0') << number;
+  return text.str();
 }
 
 // Returns whether each error has its advice.
