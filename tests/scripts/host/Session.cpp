@@ -34,6 +34,29 @@ void PutObject(VARIANT& result, ComPtr<NamedDispatch> object) {
   result.pdispVal = object.Detach();
 }
 
+// The address of a converted value as SafeArrayPutElement wants it.
+void* ElementOf(VARIANT& value, VARTYPE type) {
+  if (type == VT_VARIANT) return &value;
+  return type == VT_BSTR ? static_cast<void*>(value.bstrVal) : static_cast<void*>(&value.llVal);
+}
+
+// (type, lower bound, value...)
+void MakeArray(const Arguments& arguments, VARIANT& result) {
+  const auto type = static_cast<VARTYPE>(NumberOf(arguments.At(0), L"the type"));
+  const LONG lower = NumberOf(arguments.At(1), L"the lower bound");
+  const auto count = static_cast<ULONG>(arguments.Size() - 2);
+  result.parray = SafeArrayCreateVector(type, lower, count);
+  if (result.parray == nullptr) throw HostError(E_INVALIDARG, L"there are no arrays of this type");
+  result.vt = static_cast<VARTYPE>(VT_ARRAY | type);
+  for (ULONG position = 0; position < count; ++position) {
+    Value element;
+    Convert(arguments.At(position + 2), type, *element.Raw());
+    LONG index = lower + static_cast<LONG>(position);
+    Require(SafeArrayPutElement(result.parray, &index, ElementOf(*element.Raw(), type)),
+            L"an element is refused");
+  }
+}
+
 std::wstring TextAt(const Arguments& arguments, std::size_t index) {
   return TextOf(arguments.At(index));
 }
@@ -171,6 +194,10 @@ ComPtr<NamedDispatch> Session::MakeHost() {
     ++failures_;
     PrintLine(L"FAILED: " + TextAt(arguments, 0));
   });
+  host->Add(L"Typed", [](const Arguments& arguments, VARIANT& result) {
+    Convert(arguments.At(1), static_cast<VARTYPE>(NumberOf(arguments.At(0), L"the type")), result);
+  });
+  host->Add(L"TypedArray", MakeArray);
   host->Add(L"TakeErrors",
             [this](const Arguments&, VARIANT& result) { PutNumber(result, std::exchange(errors_, 0)); });
   return host;

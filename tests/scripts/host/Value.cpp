@@ -31,6 +31,14 @@ long NumberOf(const VARIANT& value, const wchar_t* what) {
   return number.Raw()->lVal;
 }
 
+void Convert(const VARIANT& value, VARTYPE type, VARIANT& result) {
+  const VARIANT& last = Followed(value);
+  const HRESULT code =
+      type == VT_VARIANT ? VariantCopyInd(&result, const_cast<VARIANT*>(&last))
+                         : VariantChangeTypeEx(&result, const_cast<VARIANT*>(&last), LOCALE_INVARIANT, 0, type);
+  Require(code, TextOf(value) + L" cannot be made type " + std::to_wstring(type));
+}
+
 std::wstring TextOf(BSTR text) {
   return text == nullptr ? std::wstring() : std::wstring(text, SysStringLen(text));
 }

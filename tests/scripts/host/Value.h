@@ -39,6 +39,9 @@ std::wstring TextOf(const VARIANT& value);
 // A whole number; throws HostError with the name of the argument when the value is none.
 long NumberOf(const VARIANT& value, const wchar_t* what);
 
+// The value as one of `type`; `result` is empty before. Throws HostError when it cannot be converted.
+void Convert(const VARIANT& value, VARTYPE type, VARIANT& result);
+
 std::wstring TextOf(BSTR text);
 std::string Utf8(std::wstring_view text);
 std::wstring Wide(std::string_view utf8);

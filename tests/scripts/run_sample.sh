@@ -1,0 +1,22 @@
+#!/bin/bash
+# Runs a script sample in the folder that holds drivers.ini, and looks for each step of its round:
+#   run_sample.sh RUNNER SCRIPT_HOST SCRIPT
+set -u
+output=$("$@" 2>&1)
+status=$?
+output=$(tr -d '\r' <<<"$output")
+printf '%s\n' "$output"
+[ $status -eq 0 ] || { echo "exit code $status"; exit 1; }
+# In this order, and nothing behind the last one.
+awk '
+  BEGIN {
+    count = split("^  Speed = 1500, error 0$|^  Recipe = Vanilla 3%, error 0$|^  DataChange: .* = 15[0-3]0|" \
+                  "^  AsyncWriteComplete: transaction [1-9]|^  DataChange: .* = 1530|" \
+                  "^error 0x80040009.*: Invalid ItemID: XY100|^DONE$", step, "|")
+  }
+  count > seen && $0 ~ step[seen + 1] { seen++ }
+  { last = $0 }
+  END {
+    if (seen < count) { print "missing: " step[seen + 1]; exit 1 }
+    if (last != "DONE") { print "something follows DONE"; exit 1 }
+  }' <<<"$output"
