@@ -12,7 +12,6 @@ uses
   Windows, SysUtils, Variants, ActiveX, ComObj;
 
 const
-  ProgId = 'ORVOBusiness.KELDataServer';
   GroupEventsId: TGUID = '{f45283ea-81b6-4edb-9990-92fdde3209bd}'; { __KELDataGroup }
   DataChangeId = 1;
   AsyncWriteCompleteId = 5;
@@ -99,20 +98,6 @@ begin
   until Spent >= Milliseconds;
 end;
 
-{ The file that names the driver and the kinds of device that it knows. }
-procedure WriteDriverFile(const Name: string);
-var
-  Text: TextFile;
-begin
-  AssignFile(Text, Name);
-  Rewrite(Text);
-  Writeln(Text, '[Drivers]');
-  Writeln(Text, 'DataCommunication=SimulatedPanel.Channel');
-  Writeln(Text, 'NetworkType=0');
-  Writeln(Text, '2=PanelB');
-  CloseFile(Text);
-end;
-
 procedure Run(const DriverFile: string);
 var
   Server, Group, Items, Speed, Recipe: OleVariant;
@@ -121,16 +106,18 @@ var
   Connection: DWORD;
   TransactionId, I: Integer;
 begin
-  Server := CreateOleObject(ProgId);
+  { Create and configure. }
+  Server := CreateOleObject('ORVOBusiness.KELDataServer');
   Server.SetDriverConfigurationFile(DriverFile);
   Server.DeviceType := 2; { the line "2=PanelB" of the file }
 
-  { Groups are added while communication is closed. }
+  { Groups and items are added while communication is closed. }
   Group := Server.KELDataGroups.Add('Line 1');
   Items := Group.KELDataItems;
   Speed := Items.Add('WO100', 'Speed');      { a word at 100 }
   Recipe := Items.Add('ST0020010', 'Recipe'); { ten characters at 200 }
 
+  { Open. A line that does not answer is no error of this call: look at the status. }
   Server.OpenCommunication;
   if Server.ServerStatus <> 3 then
     raise Exception.Create('communication is not open');
@@ -147,7 +134,7 @@ begin
     Writeln('  ', string(Items.Item(Integer(Handles[I])).ItemName), ' = ', VarToStr(Values[I]), ', error ',
       Integer(Errors[I]));
 
-  { Events: from now on the group is read every 100 ms, and DataChange brings what is new. }
+  { Subscribe: from now on the group is read every 100 ms, and DataChange brings what is new. }
   Events := TGroupEvents.Create;
   Connection := 0;
   InterfaceConnect(Group, GroupEventsId, Events, Connection);
@@ -166,7 +153,7 @@ begin
   Group.Active := False;
   InterfaceDisconnect(Group, GroupEventsId, Connection);
 
-  { An error: number, text and source. }
+  { Catch an error: number, text and source. }
   Server.CloseCommunication;
   try
     Items.Add('XY100', 'Wrong');
@@ -182,18 +169,15 @@ begin
   try
     DriverFile := ParamStr(1);
     if DriverFile = '' then
-    begin
-      DriverFile := ExtractFilePath(ParamStr(0)) + 'drivers.ini';
-      WriteDriverFile(DriverFile);
-    end;
+      DriverFile := 'drivers.ini';
     Run(DriverFile);
     Writeln('DONE');
   except
     on E: EOleSysError do
     begin
       Writeln('FAILED: error 0x', IntToHex(Int64(DWORD(E.ErrorCode)), 8), ': ', E.Message);
-      if E.ErrorCode = CO_E_CLASSSTRING then
-        Writeln(ProgId, ' is not registered: run regsvr32 ORVOBusiness.dll');
+      if (E.ErrorCode = CO_E_CLASSSTRING) or (E.ErrorCode = REGDB_E_CLASSNOTREG) then
+        Writeln('The server is not registered for this program: run register-user.cmd or register-machine.cmd.');
       Halt(1);
     end;
     on E: Exception do
