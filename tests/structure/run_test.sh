@@ -59,6 +59,19 @@ cd "$scratch" || exit 1
 go ./link z
 same "through a relative link" "<z> 7" "$output $status"
 
+mkdir -p "$project/tools/release"
+stub "$project/tools/release/make" <<'STUB'
+printf '<release>'
+[ $# -eq 0 ] || printf '<%s>' "$@"
+exit 9
+STUB
+go "$project/run" release x64 "x 86"
+same "a release is made by its own command" "<release><x64><x 86> 9" "$output $status"
+go "$project/run" release
+same "a release of everything" "<release> 9" "$output $status"
+go "$project/run" read release
+same "release as an argument is orvo's" "<read><release> 7" "$output $status"
+
 touch "$scratch/break"
 go "$project/run"
 same "a broken build: exit code" 125 $status
