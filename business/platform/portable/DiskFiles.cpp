@@ -156,7 +156,7 @@ bool FindReplaceable(const fs::path& target, const std::string& fileName) {
   return true;
 }
 
-void RenameFile(const std::string& from, const std::string& to) {
+void RenameWritten(const std::string& from, const std::string& to) {
   const fs::path source = PathOf(from);
   std::error_code code;
   const fs::file_status status = fs::symlink_status(source, code);
@@ -177,8 +177,7 @@ void RenameFile(const std::string& from, const std::string& to) {
   CheckWriting(file.Flush(), from);
   CheckWriting(file.Close(), from);  // an open file cannot be renamed everywhere
 
-  fs::rename(source, target, code);
-  CheckWriting(code, to);
+  CheckWriting(RenameFile(source, target), to);
   CheckWriting(entry.Flush(), to);
 }
 
@@ -201,7 +200,7 @@ std::unique_ptr<Files::Output> DiskFiles::Create(const std::string& fileName) {
 }
 
 void DiskFiles::Rename(const std::string& from, const std::string& to) {
-  WithFileErrors(to, [&] { RenameFile(from, to); });
+  WithFileErrors(to, [&] { RenameWritten(from, to); });
 }
 
 void DiskFiles::Remove(const std::string& fileName) noexcept {

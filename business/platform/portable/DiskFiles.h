@@ -24,10 +24,10 @@ class DiskFiles final : public Files {
   std::string Resolve(const std::string& fileName) override;
   // A link is followed. Only regular files and character devices can be written: error 75 for everything else.
   std::unique_ptr<Output> Create(const std::string& fileName) override;
-  // `from` is a regular file, closed; a link `to` is followed, so the file that it leads to is replaced. That
-  // one must be a regular file (else 75) into which the process may write (else 70); the new one takes over its
-  // permissions, and its owner where the process may give files away. Both names must lie on one volume (else
-  // 75). On Windows the content has reached the disk on return, the change of name soon after.
+  // `from` is a regular file, closed; a link `to` is followed, so the file that it leads to is replaced
+  // (Windows: the link itself is). That one must be a regular file (else 75) into which the process may write
+  // (else 70); the new one takes over its permissions, and its owner where the process may give files away.
+  // Both names must lie on one volume (else 75).
   void Rename(const std::string& from, const std::string& to) override;
   // A folder stays, and of a link only the link goes.
   void Remove(const std::string& fileName) noexcept override;

@@ -2,15 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-
-#ifdef _WIN32
-#include <io.h>
-#else
 #include <unistd.h>
-#endif
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 
 namespace orvo {
 
@@ -38,18 +34,6 @@ auto Uninterrupted(Call&& call) {
 // No system takes more in one call than a signed 32-bit count.
 constexpr std::size_t WriteLimit = std::size_t{1} << 30;
 
-#ifdef _WIN32
-
-int OpenNumber(const fs::path& path, int flags) {
-  return ::_wopen(path.c_str(), flags | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
-}
-
-int WriteSome(int number, std::string_view bytes) {
-  return ::_write(number, bytes.data(), static_cast<unsigned>(bytes.size()));
-}
-
-#else
-
 int OpenNumber(const fs::path& path, int flags) {
   constexpr mode_t BeforeMask = 0666;
   return Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, BeforeMask); });
@@ -59,8 +43,6 @@ ssize_t WriteSome(int number, std::string_view bytes) {
   return Uninterrupted([&] { return ::write(number, bytes.data(), bytes.size()); });
 }
 
-#endif
-
 }  // namespace
 
 SystemFile::~SystemFile() {
@@ -68,20 +50,12 @@ SystemFile::~SystemFile() {
 }
 
 std::error_code SystemFile::Create(const fs::path& path) {
-#ifdef _WIN32
-  number_ = OpenNumber(path, _O_WRONLY | _O_CREAT | _O_TRUNC);
-#else
   number_ = OpenNumber(path, O_WRONLY | O_CREAT | O_TRUNC);
-#endif
   return Outcome(number_ < 0 ? -1 : 0);
 }
 
 std::error_code SystemFile::OpenExisting(const fs::path& path) {
-#ifdef _WIN32
-  number_ = OpenNumber(path, _O_RDWR);  // flushing needs the right to write
-#else
   number_ = OpenNumber(path, O_RDONLY | O_NOFOLLOW);
-#endif
   return Outcome(number_ < 0 ? -1 : 0);
 }
 
@@ -94,38 +68,6 @@ std::error_code SystemFile::Write(std::string_view bytes) const {
   }
   return {};
 }
-
-#ifdef _WIN32
-
-std::error_code SystemFile::OpenFolder(const fs::path& /*path*/) {
-  return {};
-}
-
-std::error_code SystemFile::Flush() {
-  return number_ < 0 ? std::error_code() : Outcome(::_commit(number_));
-}
-
-std::error_code SystemFile::Close() {
-  const int number = number_;
-  number_ = -1;
-  return Outcome(::_close(number));
-}
-
-// A new file inherits the access list of its folder, which the old one did too.
-std::error_code SystemFile::TakeRightsOf(const fs::path& /*model*/) const {
-  return {};
-}
-
-std::error_code CheckWritable(const fs::path& path) {
-  constexpr int ForWriting = 2;
-  return Outcome(::_waccess(path.c_str(), ForWriting));
-}
-
-std::error_code DeleteFileOnly(const fs::path& path) {
-  return Outcome(::_wunlink(path.c_str()));
-}
-
-#else
 
 std::error_code SystemFile::OpenFolder(const fs::path& path) {
   number_ = OpenNumber(path, O_RDONLY | O_DIRECTORY);
@@ -161,10 +103,12 @@ std::error_code CheckWritable(const fs::path& path) {
   return Outcome(::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS));
 }
 
+std::error_code RenameFile(const fs::path& from, const fs::path& to) {
+  return Outcome(::rename(from.c_str(), to.c_str()));
+}
+
 std::error_code DeleteFileOnly(const fs::path& path) {
   return Outcome(::unlink(path.c_str()));
 }
-
-#endif
 
 }  // namespace orvo

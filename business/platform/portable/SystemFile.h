@@ -1,4 +1,5 @@
-// An open file of the operating system: what differs from system to system stands here.
+// An open file of the operating system: what differs from system to system stands here. For POSIX it is
+// implemented beside this header, for Windows in platform/win32.
 //
 // Failures come back as the system's own error codes. Only an open file can be written, flushed and closed.
 #pragma once
@@ -41,6 +42,8 @@ class SystemFile {
 
 // Whether the process may write into the existing file.
 std::error_code CheckWritable(const std::filesystem::path& path);
+// Gives the closed file `from` the name `to` in one step, in place of a file of that name. Both on one volume.
+std::error_code RenameFile(const std::filesystem::path& from, const std::filesystem::path& to);
 // Deletes a file or a link, never a folder.
 std::error_code DeleteFileOnly(const std::filesystem::path& path);
 
