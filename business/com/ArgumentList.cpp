@@ -1,0 +1,229 @@
+#include "com/ArgumentList.h"
+
+#include "com/Automation.h"
+#include "com/VariantCodec.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace orvo::com {
+
+namespace {
+
+bool IsMissing(const VARIANT& value) {
+  const VARIANT& behind = Dereferenced(value);
+  return V_VT(&behind) == VT_ERROR && V_ERROR(&behind) == DISP_E_PARAMNOTFOUND;
+}
+
+void MarkMissing(VARIANT* value) {
+  V_VT(value) = VT_ERROR;
+  V_ERROR(value) = DISP_E_PARAMNOTFOUND;
+}
+
+// Where the value of a variant lies that is passed by reference.
+void* StorageOf(VARIANT* value, VARTYPE type) {
+  if (type == VT_VARIANT) return value;
+  if (type == VT_DECIMAL) return &V_DECIMAL(value);
+  return &V_I8(value);
+}
+
+// Bytes of a scalar of this type.
+std::size_t SizeOf(VARTYPE type) {
+  switch (type) {
+    case VT_I1:
+    case VT_UI1:
+      return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+      return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR:
+      return 4;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+      return sizeof(void*);
+    case VT_DECIMAL:
+      return sizeof(DECIMAL);
+    default:
+      return 8;
+  }
+}
+
+}  // namespace
+
+HRESULT ArgumentList::Assign() {
+  const std::size_t count = member_.parameters.size();
+  if (given_.cArgs > count) return DISP_E_BADPARAMCOUNT;
+  for (const Parameter& parameter : member_.parameters)
+    slots_.emplace_back().declared = &parameter;
+
+  const UINT positional = given_.cArgs - given_.cNamedArgs;
+  for (UINT i = 0; i < positional; ++i) {
+    Slot& slot = slots_[i];
+    slot.index = given_.cArgs - 1 - i;
+    slot.given = &given_.rgvarg[slot.index];
+  }
+  for (UINT i = 0; i < given_.cNamedArgs; ++i) {
+    const DISPID name = given_.rgdispidNamedArgs[i];
+    const bool isPut = name == DISPID_PROPERTYPUT && count > 0;
+    if (!isPut && (name < 0 || static_cast<std::size_t>(name) >= count)) return DISP_E_PARAMNOTFOUND;
+    Slot& slot = slots_[isPut ? count - 1 : static_cast<std::size_t>(name)];
+    if (slot.given != nullptr) return DISP_E_BADPARAMCOUNT;
+    slot.index = i;
+    slot.given = &given_.rgvarg[i];
+  }
+  for (const Slot& slot : slots_)
+    if (slot.given == nullptr && !slot.declared->isOptional) return DISP_E_BADPARAMCOUNT;
+  return S_OK;
+}
+
+HRESULT ArgumentList::Prepare(UINT* argument) {
+  if (given_.cNamedArgs > given_.cArgs || (given_.cArgs > 0 && given_.rgvarg == nullptr) ||
+      (given_.cNamedArgs > 0 && given_.rgdispidNamedArgs == nullptr))
+    return E_INVALIDARG;
+  HRESULT failed = Assign();
+  if (FAILED(failed)) return failed;
+  for (Slot& slot : slots_) {
+    failed = PrepareSlot(slot);
+    if (SUCCEEDED(failed)) continue;
+    if (argument != nullptr) *argument = slot.index;
+    return failed;
+  }
+  return S_OK;
+}
+
+HRESULT ArgumentList::PrepareSlot(Slot& slot) {
+  const Parameter& declared = *slot.declared;
+  V_VT(&slot.passed) = declared.PassedType();
+  if (slot.given == nullptr || IsMissing(*slot.given)) {
+    if (!declared.isOptional) return DISP_E_PARAMNOTOPTIONAL;
+    MarkMissing(slot.value.Get());
+    slot.given = nullptr;
+    if (declared.byReference)
+      V_BYREF(&slot.passed) = slot.value.Get();
+    else
+      slot.passed = *slot.value.Get();
+    return S_OK;
+  }
+  if (declared.isArray) {
+    const HRESULT failed = slot.array.Take(*slot.given, declared, locale_);
+    V_BYREF(&slot.passed) = slot.array.Address();
+    return failed;
+  }
+  return declared.type == VT_VARIANT ? PrepareVariant(slot) : PrepareScalar(slot);
+}
+
+HRESULT ArgumentList::PrepareVariant(Slot& slot) {
+  VARIANT& value = const_cast<VARIANT&>(Dereferenced(*slot.given));
+  if (!slot.declared->byReference) {
+    const HRESULT failed = VariantCopyInd(slot.value.Get(), &value);
+    slot.passed = *slot.value.Get();
+    return failed;
+  }
+  if (V_VT(slot.given) == (VT_BYREF | VT_VARIANT) && (V_VT(&value) & VT_BYREF) == 0) {
+    slot.direct = true;
+    V_BYREF(&slot.passed) = &value;
+    return S_OK;
+  }
+  const HRESULT failed = VariantCopyInd(slot.value.Get(), &value);
+  if ((V_VT(&value) & VT_BYREF) != 0) slot.variable = &value;
+  V_BYREF(&slot.passed) = slot.value.Get();
+  return failed;
+}
+
+HRESULT ArgumentList::PrepareScalar(Slot& slot) {
+  const Parameter& declared = *slot.declared;
+  VARIANT& value = const_cast<VARIANT&>(Dereferenced(*slot.given));
+  if ((V_VT(&value) & VT_BYREF) != 0 && V_BYREF(&value) == nullptr) return DISP_E_TYPEMISMATCH;
+  if (declared.byReference && V_VT(&value) == (VT_BYREF | declared.type)) {
+    slot.direct = true;
+    V_BYREF(&slot.passed) = V_BYREF(&value);
+    return S_OK;
+  }
+  // A null reference is an object variable that holds nothing.
+  const bool isObject = declared.type == VT_DISPATCH || declared.type == VT_UNKNOWN;
+  if (isObject && (V_VT(&value) == VT_EMPTY || V_VT(&value) == VT_NULL)) {
+    V_VT(slot.value.Get()) = declared.type;
+    V_UNKNOWN(slot.value.Get()) = nullptr;
+  } else {
+    const HRESULT failed = ConvertScalar(value, declared.type, locale_, slot.value.Get());
+    if (FAILED(failed)) return failed;
+  }
+  if (!declared.byReference) {
+    slot.passed = *slot.value.Get();
+    return S_OK;
+  }
+  if (V_VT(slot.given) == (VT_BYREF | VT_VARIANT) || (V_VT(&value) & VT_BYREF) != 0) slot.variable = &value;
+  V_BYREF(&slot.passed) = StorageOf(slot.value.Get(), declared.type);
+  return S_OK;
+}
+
+HRESULT ArgumentList::Call(IDispatch* object, const Member& member, VARIANT* answer, VARIANT* returned) {
+  std::vector<VARTYPE> types;
+  std::vector<VARIANT*> values;
+  for (Slot& slot : slots_) {
+    types.push_back(slot.declared->PassedType());
+    values.push_back(&slot.passed);
+  }
+  VARIANT result;
+  VariantInit(&result);
+  const bool hasResult = member.result.type != VT_EMPTY;
+  if (hasResult) {
+    V_VT(&result) = member.result.PassedType();
+    V_BYREF(&result) = StorageOf(answer, member.result.isArray ? VARTYPE{VT_ARRAY} : member.result.type);
+    types.push_back(V_VT(&result));
+    values.push_back(&result);
+  }
+  const HRESULT called = DispCallFunc(object, member.vtableOffset, member.convention, VT_I4,
+                                      static_cast<UINT>(types.size()), types.data(), values.data(), returned);
+  // The content of a result belongs to the caller once the call was well; a member clears it first otherwise.
+  if (SUCCEEDED(called) && SUCCEEDED(V_I4(returned)) && hasResult && member.result.type != VT_VARIANT)
+    V_VT(answer) = static_cast<VARTYPE>(member.result.PassedType() & ~VT_BYREF);
+  return called;
+}
+
+HRESULT ArgumentList::GiveBack(UINT* argument) {
+  for (Slot& slot : slots_) {
+    if (!slot.declared->isOut || slot.given == nullptr) continue;
+    const HRESULT failed = GiveBackSlot(slot, locale_);
+    if (SUCCEEDED(failed)) continue;
+    if (argument != nullptr) *argument = slot.index;
+    return failed;
+  }
+  return S_OK;
+}
+
+HRESULT ArgumentList::GiveBackSlot(Slot& slot, LCID locale) {
+  const Parameter& declared = *slot.declared;
+  if (declared.isArray) return slot.array.GiveBack(locale);
+  if (slot.direct) return declared.type == VT_VARIANT ? MakeIndexable(*V_VARIANTREF(&slot.passed)) : S_OK;
+  if (slot.variable == nullptr) return S_OK;
+  VARIANT& variable = *slot.variable;
+  if ((V_VT(&variable) & VT_BYREF) == 0) {
+    VARIANT old = variable;
+    variable = *slot.value.Get();
+    VariantInit(slot.value.Get());
+    const HRESULT indexable = MakeIndexable(variable);
+    VariantClear(&old);
+    return indexable;
+  }
+  // A variable of another type: the value is converted into it.
+  const auto type = static_cast<VARTYPE>(V_VT(&variable) & ~VT_BYREF);
+  if ((type & VT_ARRAY) != 0) return DISP_E_TYPEMISMATCH;
+  OwnedVariant converted;
+  const HRESULT failed = ConvertScalar(slot.value.Value(), type, locale, converted.Get());
+  if (FAILED(failed)) return failed;
+  // They change places: what the variable had ends with `converted`.
+  auto* const into = static_cast<std::byte*>(V_BYREF(&variable));
+  auto* const from = static_cast<std::byte*>(StorageOf(converted.Get(), type));
+  std::swap_ranges(into, into + SizeOf(type), from);
+  return S_OK;
+}
+
+}  // namespace orvo::com

@@ -1,0 +1,32 @@
+#include "com/ComObject.h"
+
+namespace orvo::com {
+
+ULONG ComObject::AddReference() noexcept {
+  return references_.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+ULONG ComObject::DropReference() noexcept {
+  const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
+  if (left != 0) return left;
+  // What the end of the object calls may take and give back references: the count must not reach 0 again.
+  references_.store(1, std::memory_order_relaxed);
+  const std::shared_ptr<ThreadHome> home = home_;
+  if (home->IsCurrentThread()) {
+    delete this;
+    return 0;
+  }
+  try {
+    // The owner drops the last reference, unless it has found the object again by then.
+    home->Platform().Post([this] { DropReference(); });
+  } catch (...) {
+    // Without memory for the message the object stays for ever: better than ending on the wrong thread.
+  }
+  return 0;
+}
+
+HRESULT ComObject::WrongThread() const noexcept {
+  return Report(RPC_E_WRONG_THREAD, "The object belongs to another thread", source_, iid_);
+}
+
+}  // namespace orvo::com
