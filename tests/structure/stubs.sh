@@ -5,7 +5,7 @@
 #   $scratch/user        what id -u says
 #   $scratch/fail        the apt-get command that fails (update or install), or nothing
 
-tools=(awk bash cat cp dirname env flock grep mkdir mktemp nproc readlink rm sed sort tr xargs find)
+tools=(awk bash cat cp dirname env flock grep mkdir mktemp nproc readlink rm sed sort timeout tr xargs find)
 
 set_up_stubs() {
   bin=$scratch/bin

@@ -4,17 +4,24 @@ here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$here/assert.sh"
 . "$here/stubs.sh"
 Needs=(g++ cmake ninja-build libcli11-dev libgtest-dev libgmock-dev clang-format-14 clang-tidy-14)
+NeedsForWindows=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools wine64 wine64-tools libwine-dev
+  googletest fp-compiler fpc-source-3.2.2)
 
 set_up_tree() {
   set_up_stubs
-  printf '%s\n' "${Needs[@]}" >"$scratch/installed"
+  printf '%s\n' "${Needs[@]}" "${NeedsForWindows[@]}" >"$scratch/installed"
   project=$scratch/project
   rm -rf "$project" "$scratch"/break_* "$scratch/skip" "$scratch"/*_calls
-  mkdir -p "$project/tools" "$project/business" "$project/.ci"
+  mkdir -p "$project/tools/wine" "$project/business" "$project/.ci"
   cp -r "$here/../../tools/setup" "$project/tools/"
   cp "$here/../../test" "$project/"
   cp "$here/../../.ci/run" "$project/.ci/"
   echo "int a;" >"$project/business/a.cpp"
+  stub "$project/tools/wine/prefix" <<'STUB'
+echo "$*" >>"$scratch/prefix_calls"
+[ ! -f "$scratch/break_wine" ] || { echo "error: no prefix"; exit 1; }
+mkdir -p "$2"
+STUB
   stub "$bin/cmake" <<'STUB'
 [ "$1" = --build ] && dir=$2 || dir=$6
 echo "cmake $*"
@@ -61,20 +68,31 @@ row() { grep -qE "^$1 +$2 +[0-9]+ s" <<<"$output"; }
 set_up_tree
 go
 same "all well: exit code" 0 $status
-same "all well: last line" "21 passed, 0 failed" "$last"
-for name in format "debug build" "debug tests" "sanitizer build" "sanitizer tests" clang-tidy structure; do
+same "all well: last line" "35 passed, 0 failed" "$last"
+for name in format "debug build" "debug tests" "sanitizer build" "sanitizer tests" clang-tidy structure wine \
+  "x64 build" "x64 tests" "x86 build" "x86 tests"; do
   check "all well: $name" row "$name" ok
 done
 check "the sanitizers are on" grep -q "build/asan .*-DORVO_SANITIZE=ON" "$scratch/cmake_calls"
 check "and off in the debug build" grep -q "build/test .*-DORVO_SANITIZE=OFF" "$scratch/cmake_calls"
+for bits in x64 x86; do
+  check "$bits is built with its compiler" grep -q \
+    "build/windows-$bits .*-DCMAKE_TOOLCHAIN_FILE=$project/cmake/mingw-$bits.cmake .*-DORVO_SANITIZE=ON" "$scratch/cmake_calls"
+done
+same "the prefix is made first and ended at last" "make build/windows-x64/wine;end build/windows-x64/wine;" \
+  "$(tr '\n' ';' <"$scratch/prefix_calls")"
 check "leaks are looked for" grep -q "build/asan .*detect_leaks=1" "$scratch/ctest_calls"
 check "the total time" contains "$output" "total time "
 check "tests that passed are not listed" lacks "$output" "x/A.A"
 same "nothing is installed" "" "$(cat "$scratch/calls")"
 go native
-same "native is the same" "0 21 passed, 0 failed" "$status $last"
+same "native" "0 21 passed, 0 failed" "$status $last"
+check "native says what it leaves out" contains "$output" "skipped because of 'native': the Windows builds"
+go windows
+same "windows" "0 14 passed, 0 failed" "$status $last"
+check "windows says what it leaves out" contains "$output" "skipped because of 'windows': the checks of the portable core"
 output=$(CI=true PATH=$bin "$bin/bash" "$project/.ci/run" 2>&1)
-same "the integration's command" "0 21 passed, 0 failed" "$? ${output##*$'\n'}"
+same "the integration's command" "0 35 passed, 0 failed" "$? ${output##*$'\n'}"
 
 go quick
 same "quick" "0 7 passed, 0 failed" "$status $last"
@@ -86,7 +104,7 @@ same "an unknown mode" 2 $status
 set_up_tree
 touch "$scratch/break_ctest"
 go
-same "failing tests" "1 18 passed, 3 failed" "$status $last"
+same "failing tests" "1 30 passed, 5 failed" "$status $last"
 check "failing tests are shown" contains "$output" "x/A.Z"
 check "failing tests do not stop the rest" row structure FAILED
 
@@ -94,7 +112,7 @@ for tool in clang-format-14 clang-tidy-14; do
   set_up_tree
   touch "$scratch/break_$tool"
   go
-  same "$tool complains" "1 21 passed, 0 failed" "$status $last"
+  same "$tool complains" "1 35 passed, 0 failed" "$status $last"
   check "$tool is shown" contains "$output" "a.cpp:1:1: error: ugly"
   check "$tool is named" contains "$output" "FAILED steps: "
 done
@@ -102,7 +120,7 @@ done
 set_up_tree
 touch "$scratch/break_asan"
 go
-same "a broken sanitizer build" "1 14 passed, 0 failed" "$status $last"
+same "a broken sanitizer build" "1 28 passed, 0 failed" "$status $last"
 check "a broken build is shown" contains "$output" "error: no build for build/asan"
 check "its tests are not run" row "sanitizer tests" "NOT RUN"
 check "the rest is" row structure ok
@@ -110,17 +128,38 @@ check "the rest is" row structure ok
 set_up_tree
 touch "$scratch/break_test"
 go
-same "a broken debug build" "1 7 passed, 0 failed" "$status $last"
+same "a broken debug build" "1 21 passed, 0 failed" "$status $last"
 
 set_up_tree
 touch "$scratch/skip"
 go
-same "skipped tests are not counted as passed" "0 18 passed, 0 failed" "$status $last"
+same "skipped tests are not counted as passed" "0 30 passed, 0 failed" "$status $last"
 check "skipped tests are named with the reason" contains "$output" \
   "skipped in debug tests: x/A.B: the moon is full"
 
 set_up_tree
-printf '%s\n' g++ cmake ninja-build libcli11-dev libgtest-dev libgmock-dev clang-format-14 >"$scratch/installed"
+touch "$scratch/break_windows-x64"
 go
+same "a broken Windows build" "1 28 passed, 0 failed" "$status $last"
+check "its tests are not run either" row "x64 tests" "NOT RUN"
+check "the other architecture is tested" row "x86 tests" ok
+
+set_up_tree
+touch "$scratch/break_wine"
+go windows
+same "no Wine prefix: exit code" 1 $status
+check "it is shown" contains "$output" "error: no prefix"
+
+set_up_tree
+printf '%s\n' "${Needs[@]}" >"$scratch/installed"
+echo install >"$scratch/fail"
+go
+same "no packages for Windows" "1 21 passed, 0 failed" "$status $last"
+check "it says which" contains "$output" "error: could not install ${NeedsForWindows[*]}"
+check "nothing of Windows is run" row "x64 tests" "NOT RUN"
+
+set_up_tree
+printf '%s\n' g++ cmake ninja-build libcli11-dev libgtest-dev libgmock-dev clang-format-14 >"$scratch/installed"
+go native
 same "one package missing: calls" "apt-get update;apt-get install clang-tidy-14;" "$(tr '\n' ';' <"$scratch/calls")"
 finish
