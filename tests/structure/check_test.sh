@@ -66,6 +66,10 @@ done
 for to in model server com other; do
   red "a driver includes $to" drivers/simulated/X.h "#include \"$to/A.h\""$'\n' 1
 done
+green "a driver's root file" drivers/simulated/module.cpp $'#include <windows.h>\n#include "com/A.h"\n#include "registration.h"\n'
+red "a driver's root file reaches no further" drivers/simulated/module.cpp $'#include "server/A.h"\n' 1
+red "a root file deeper down" drivers/simulated/inner/module.cpp $'#include "com/A.h"\n' 1
+red "windows.h in a root file deeper down" drivers/simulated/inner/module.cpp $'#include <windows.h>\n' 1
 green "tools and tests include anything" tools/orvo/X.cpp $'#include "server/A.h"\n#include "simulated/B.h"\n'
 green "tests include anything" tests/unit/X.cpp $'#include "com/A.h"\n#include "support/B.h"\n'
 
