@@ -1,15 +1,16 @@
-// A first client in C++, early bound with the generated header: faster than by name, and the compiler checks
-// the calls.
+// A first client in C++, early bound with the generated header: fast, and the compiler checks the calls.
 //
-//   x86_64-w64-mingw32-g++ -std=c++17 -I<folder of ORVOBusiness.h> FirstClient.cpp -o FirstClient.exe -lole32
-//   -loleaut32 -luuid cl /std:c++17 /EHsc /I<folder of ORVOBusiness.h> FirstClient.cpp ole32.lib oleaut32.lib
-//   user32.lib FirstClient [drivers.ini]
+//   x86_64-w64-mingw32-g++ -std=c++17 -I<folder of ORVOBusiness_h.h> FirstClient.cpp -lole32 -loleaut32 -luuid
+//
+//   cl /std:c++17 /EHsc /I<folder of ORVOBusiness_h.h> FirstClient.cpp ole32.lib oleaut32.lib user32.lib
+//
+//   FirstClient [drivers.ini]
 //
 // A 64-bit program needs the 64-bit ORVOBusiness.dll, a 32-bit program the 32-bit one.
 
 #include "Automation.h"
 #include "GroupEvents.h"
-#include "ORVOBusiness.h"
+#include "ORVOBusiness_h.h"
 
 #include <cstdio>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Automation.h"
-#include "ORVOBusiness.h"
+#include "ORVOBusiness_h.h"
 
 #include <cstdio>
 
