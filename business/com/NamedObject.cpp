@@ -4,6 +4,8 @@
 #include "com/ComError.h"
 #include "com/VariantCodec.h"
 
+#include <dispex.h>
+
 namespace orvo::com {
 
 namespace {
@@ -18,7 +20,13 @@ constexpr std::int32_t NoSuchMember = 438;
 HRESULT FindId(IDispatch& object, const wchar_t* name, DISPID& id) {
   std::wstring copy = name;
   LPOLESTR names = copy.data();
-  return object.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_NEUTRAL, &id);
+  const HRESULT result = object.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_NEUTRAL, &id);
+  if (SUCCEEDED(result)) return result;
+  // Objects of VBScript classes answer to names here only.
+  ComPtr<IDispatchEx> extended;
+  if (FAILED(object.QueryInterface(__uuidof(IDispatchEx), extended.PutVoid()))) return result;
+  const Bstr text(TextOf(std::wstring_view(name)));
+  return extended->GetDispID(text.Get(), fdexNameCaseInsensitive, &id);
 }
 
 bool MeansMissing(HRESULT result) {
