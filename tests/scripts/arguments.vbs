@@ -67,11 +67,13 @@ Next
 
 ' Other lower bounds: what comes back has the bounds of the handles.
 literal = Host.TypedArray(3, 5, 1, 2)
+values = Empty
 group.SyncRead literal, values, itemErrors
 CheckEqual "lower bound 5", Array(LBound(values), UBound(values), values(5), values(6)), Array(5, 6, 41, 42)
 CheckEqual "errors as well", Array(LBound(itemErrors), UBound(itemErrors), itemErrors(5)), Array(5, 6, 0)
+values = Array("an array of the same length", "keeps its own bounds")
 group.SyncRead Host.TypedArray(12, -3, 2, 1), values, itemErrors
-CheckEqual "lower bound -3", Array(LBound(values), values(-3), values(-2)), Array(-3, 42, 41)
+CheckEqual "lower bound -3", Array(LBound(itemErrors), UBound(itemErrors), values), Array(-3, -2, Array(42, 41))
 group.SyncWrite Host.TypedArray(3, 1, 1, 2), Host.TypedArray(3, 10, 51, 52), itemErrors
 CheckEqual "values by position", Array(LBound(itemErrors), items(1).USERValue, items(2).USERValue), Array(1, 51, 52)
 group.SyncWrite Array(1, 2), Host.TypedArray(5, 0, 61, 62), itemErrors
@@ -81,7 +83,7 @@ CheckEqual "values of another type", Array(items(1).USERValue, items(2).USERValu
 group.SyncRead fixed, fixedValues, fixedErrors
 CheckEqual "fixed arrays are filled in place", Array(fixedValues(0), fixedValues(1), fixedErrors(1)), Array(61, 62, 0)
 values = Array("old", "old", "old")
-itemErrors = "old"
+itemErrors = 5
 group.SyncRead Array(1, 2), values, itemErrors
 CheckEqual "other content is replaced", Array(values, itemErrors), Array(Array(61, 62), Array(0, 0))
 values = 5
@@ -98,7 +100,7 @@ CheckEqual "a fresh variable", fresh, Array(1, 2)
 items(1).SyncRead value, itemError
 CheckEqual "fresh variables of an item", Array(value, itemError), Array(61, 0)
 value = "old"
-itemError = "old"
+itemError = 1.5
 stamp = "old"
 items(2).SyncRead value, itemError, stamp
 CheckEqual "others are replaced", Array(value, itemError, TypeName(stamp)), Array(62, 0, "Date")
@@ -113,7 +115,7 @@ Next
 ' Transactions.
 group.AsyncRead Array(1), transaction
 CheckTrue "a fresh variable gets the transaction", transaction > 0
-other = "text"
+other = "5"
 group.AsyncRead Array(1), other
 CheckEqual "so does one that holds a text", other, transaction + 1
 group.AsyncRead 1, 0
@@ -145,7 +147,10 @@ group.SyncRead Array(3000000000), values, itemErrors
 CheckNumber "a number that does not fit", 6
 group.SyncRead Array(1)
 CheckNumber "arguments too few", 450
+itemError = "a text"
+items(1).SyncRead value, itemError
+CheckNumber "a variable that holds what can be no number", 13
 On Error GoTo 0
-CheckEqual "values after failures", values, Array(62)
+CheckEqual "values after failures", values, Array(61, 62)
 server.CloseCommunication
 Done

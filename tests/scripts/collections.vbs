@@ -28,7 +28,9 @@ For Each group In groups
 Next
 CheckEqual "removing inside For Each", names, "First;Second;Group_1;"
 CheckEqual "all are gone", groups.Count, 0
-CheckEqual "a removed group is still there", group.GroupName, "Group_1"
+Set group = groups.Add("First")
+groups.RemoveAll
+CheckEqual "a removed group is still there", group.GroupName, "First"
 
 Set group = groups.Add("First")
 groups.Add "Second"

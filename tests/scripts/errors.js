@@ -28,14 +28,6 @@ checkRaises("a broken value", errInvalidFormat, "INVALID FORMAT Format not corre
 server.CloseCommunication();
 
 // Arguments that cannot be what they should be.
-function numberOf(action) {
-  try {
-    action();
-  } catch (error) {
-    return error.number & 0xFFFF;
-  }
-  return 0;
-}
 checkEqual("a text for a number", numberOf(function () { server.DeviceType = "two"; }), 13);
 checkEqual("an argument too few", numberOf(function () { server.SetDriverConfigurationFile(); }), 450);
 checkEqual("an argument too many", numberOf(function () { server.CloseCommunication(1); }), 450);

@@ -47,6 +47,18 @@ function checkRaises(what, number, description, action) {
   Host.Fail(what + ": no error instead of " + number + " \"" + description + "\"");
 }
 
+// The number that `action` raises as VBScript shows it, 0 for none. Wine's JScript passes on codes that JScript of Windows
+// turns into the numbers of the language.
+function numberOf(action) {
+  var known = {"-2147352571": 13, "-2147352566": 6, "-2147352562": 450};
+  try {
+    action();
+  } catch (error) {
+    return known[error.number] || error.number & 0xFFFF;
+  }
+  return 0;
+}
+
 function done() {
   Host.Echo("DONE " + checks + " checks");
 }
