@@ -122,7 +122,8 @@ const Member* InterfaceInfo::Find(DISPID id, WORD flags) const noexcept {
     });
     if (found != members_.end()) return &*found;
   }
-  return nullptr;
+  // Pascal assigns a variant variable as a reference, whatever the property takes.
+  return flags == DISPATCH_PROPERTYPUTREF ? Find(id, DISPATCH_PROPERTYPUT) : nullptr;
 }
 
 bool InterfaceInfo::HasId(DISPID id) const noexcept {

@@ -34,10 +34,12 @@ end;
 
 procedure GroupsAreAdded;
 var
-  Groups, Group: OleVariant;
+  Server, Groups, Group: OleVariant;
   Name: string;
 begin
-  Groups := ConfiguredServer.KELDataGroups;
+  { Groups do not keep their server alive. }
+  Server := ConfiguredServer;
+  Groups := Server.KELDataGroups;
   Group := Groups.Add;
   CheckEqual(Group.GroupName, 'Group_1', 'the name of a group added without one');
   CheckEqual(Group.Handle, 1, 'its handle');
@@ -67,7 +69,7 @@ end;
 
 procedure GroupsAreFound;
 var
-  Groups, AsVariant: OleVariant;
+  Server, Groups, AsVariant: OleVariant;
   Name: string;
   AsByte: Byte;
   AsSmallInt: SmallInt;
@@ -77,7 +79,8 @@ var
   AsQWord: QWord;
   AsDouble: Double;
 begin
-  Groups := ConfiguredServer.KELDataGroups;
+  Server := ConfiguredServer;
+  Groups := Server.KELDataGroups;
   Groups.Add('Line A');
   Groups.Add('Line B');
   AsByte := 1;
@@ -156,11 +159,12 @@ end;
 
 procedure ItemsAreAddedFoundAndRemoved;
 var
-  Group, Items, Item: OleVariant;
+  Server, Group, Items, Item: OleVariant;
   ItemId, Name: string;
   Handle: Byte;
 begin
-  Group := ConfiguredServer.KELDataGroups.Add('Mill');
+  Server := ConfiguredServer;
+  Group := Server.KELDataGroups.Add('Mill');
   Items := Group.KELDataItems;
   ItemId := 'WO100';
   Name := 'Speed';
