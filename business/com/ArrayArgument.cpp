@@ -143,7 +143,8 @@ HRESULT ArrayArgument::Take(VARIANT& given, const Parameter& declared, LCID loca
       return TakeScriptArray(*V_DISPATCH(&value), declared, locale);
     if (V_VT(&value) == (VT_BYREF | VT_DISPATCH) && *V_DISPATCHREF(&value) != nullptr)
       return TakeScriptArray(**V_DISPATCHREF(&value), declared, locale);
-    if (V_VT(&value) == VT_EMPTY) return S_OK;
+    // Null stands for nothing only where nothing is asked of the caller: a list that is null is a mistake.
+    if (V_VT(&value) == VT_EMPTY || (V_VT(&value) == VT_NULL && declared.isOut)) return S_OK;
     // A typed scalar variable has no room for the array that comes back.
     if (isReference && declared.isOut) return DISP_E_TYPEMISMATCH;
     return TakeScalar(value, declared, locale);

@@ -30,6 +30,40 @@ std::uint32_t LittleEndian(std::span<const std::uint8_t> bytes, std::size_t coun
   return number;
 }
 
+bool IsByteCandidate(const Variant& value) noexcept {
+  if (value.IsArray()) return false;
+  switch (value.Kind()) {
+    case VariantKind::I2:
+    case VariantKind::I4:
+    case VariantKind::R4:
+    case VariantKind::R8:
+    case VariantKind::I1:
+    case VariantKind::UI1:
+    case VariantKind::UI2:
+    case VariantKind::UI4:
+    case VariantKind::I8:
+    case VariantKind::UI8:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// An array as bytes. Languages without a byte type send their own numbers: each must be whole and fit a byte.
+Variant BytesOf(const Variant& array) {
+  if (array.IsByteArray()) return array;
+  std::vector<std::uint8_t> bytes(array.ElementCount());
+  for (std::size_t position = 0; position < bytes.size(); ++position) {
+    const Variant element = array.ElementAt(position);
+    if (!IsByteCandidate(element)) RaiseRuntimeError(RuntimeError::TypeMismatch);
+    const double number = ToR8(element);
+    if (number != std::floor(number)) RaiseRuntimeError(RuntimeError::TypeMismatch);
+    if (number < 0 || number > 255) RaiseRuntimeError(RuntimeError::Overflow);
+    bytes[position] = static_cast<std::uint8_t>(number);
+  }
+  return Variant::OfBytes(bytes);
+}
+
 }  // namespace
 
 std::int32_t DecodeBCD(std::int32_t value) noexcept {
@@ -199,8 +233,9 @@ Variant KELDataItem::CheckInteger(const Variant& value) const {
 }
 
 Variant KELDataItem::CheckText(const Variant& value) const {
-  if (value.IsEmpty() || value.IsNull() || value.IsByteArray()) return value;
-  if (value.IsArray() || value.Is(VariantKind::Object) || value.Is(VariantKind::Error))
+  if (value.IsEmpty() || value.IsNull()) return value;
+  if (value.IsArray()) return BytesOf(value);
+  if (value.Is(VariantKind::Object) || value.Is(VariantKind::Error))
     RaiseRuntimeError(RuntimeError::TypeMismatch);
   const std::string text = ToText(value);
   return LeftUnits(text, DataSize());
@@ -231,11 +266,11 @@ Variant KELDataItem::CheckFloat(const Variant& value) const {
 
 Variant KELDataItem::CheckRaw(const Variant& value) const {
   if (value.IsEmpty() || value.IsNull()) return value;
-  if (!value.IsByteArray()) RaiseRuntimeError(RuntimeError::TypeMismatch);
+  if (!value.IsArray()) RaiseRuntimeError(RuntimeError::TypeMismatch);
   const std::int64_t longest =
       std::max<std::int64_t>(DataSize(), static_cast<std::int64_t>(ByteLength(wordLength_)));
   if (static_cast<std::int64_t>(value.ElementCount()) > longest) RaiseRuntimeError(RuntimeError::Overflow);
-  return value;
+  return BytesOf(value);
 }
 
 Variant KELDataItem::RawValue(const Variant& checked) const {

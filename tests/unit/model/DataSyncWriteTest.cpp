@@ -106,7 +106,10 @@ TEST_F(SyncWrites, RefuseEveryValueThatTheItemCannotTake) {
       {"a fraction", 1, 1.5},
       {"too large for a word", 1, std::int32_t{65536}},
       {"too large for a byte", 3, Short(256)},
-      {"an array of numbers for raw bytes", 4, Variant(SafeArray<std::int32_t>{1, 2})},
+      {"a number beyond a byte for raw bytes", 4, Variant(SafeArray<std::int32_t>{1, 256})},
+      {"a negative number for raw bytes", 4, Variant(SafeArray<std::int32_t>{-1})},
+      {"a fraction for raw bytes", 4, Variant(SafeArray<double>{1.5})},
+      {"texts for raw bytes", 4, Variant(SafeArray<std::string>{"1"})},
       {"no object", 1, Variant(std::shared_ptr<AutomationObject>())},
   };
   for (const Row& row : rows) {
@@ -132,6 +135,14 @@ TEST_F(SyncWrites, SendEachKindOfItemInItsDeviceForm) {
       TakeSent(),
       ElementsAre("WriteItems(addresses=[1,2,3,4,5,6],dimensions=[1,1,2,2,2,2],values=[I4:0,I4:1234,I4:-1,"
                   "UI1[65,32,32,32],R4:1.5,UI1[1,2,3,4]])"));
+}
+
+TEST_F(SyncWrites, TakeWholeNumbersOfAnyKindForBytes) {
+  Start({"RA004", "ST000004"});
+  const SafeArray<Variant> mixed({Short(1), std::int32_t{255}, 3.0, std::uint8_t{0}});
+  EXPECT_EQ(SyncWrite({1, 2}, {mixed, SafeArray<std::int32_t>{65, 66}}), "[0,0]");
+  EXPECT_THAT(TakeSent(), ElementsAre("WriteItems(addresses=[1,2],dimensions=[2,2],values=[UI1[1,255,3,0],"
+                                      "UI1[65,66,32,32]])"));
 }
 
 TEST_F(SyncWrites, WhatWasWrittenIsReadAsTheClientValue) {

@@ -40,8 +40,10 @@ const std::vector<TextRow> TextRows{
     {"Bytes", Bytes({65, 66, 67}), "UI1[65,66,67]", "UI1[65,66,67]", "UI1[65,66,67]"},
     {"Error", ErrorCode{1}, No, No, No},
     {"Object", AnObject, No, No, No},
-    {"Array of I2", SafeArray<std::int16_t>{65}, No, No, No},
-    {"Array of Variant", SafeArray<Variant>{I2(65)}, No, No, No},
+    {"Array of I2", SafeArray<std::int16_t>{65}, "UI1[65]", "UI1[65]", "UI1[65]"},
+    {"Array of Variant", SafeArray<Variant>{I2(65)}, "UI1[65]", "UI1[65]", "UI1[65]"},
+    {"Array of text", SafeArray<std::string>{"65"}, No, No, No},
+    {"Array with a number beyond a byte", SafeArray<std::int16_t>{65, 256}, No, No, No},
 };
 
 TEST(ItemTextCheck, EachKindOfValueBecomesTextCutToTheDataSize) {
@@ -120,13 +122,17 @@ TEST(ItemRawCheck, ByteArraysAreTakenUpToTheLargerOfTheDataSizeAndTheWords) {
   EXPECT_EQ(Checked(byWords.item, Bytes({})), "UI1[]");
 }
 
-TEST(ItemRawCheck, EmptyAndNullAreTakenOtherArraysAndObjectsAreNot) {
+TEST(ItemRawCheck, EmptyNullAndWholeNumbersOfAByteAreTakenOtherArraysAndObjectsAreNot) {
   const LooseItem loose("RA1210", ItemTypeRaw, 5);
   EXPECT_EQ(Checked(loose.item, Variant()), "Empty");
   EXPECT_EQ(Checked(loose.item, Variant::Null()), "Null");
   EXPECT_EQ(Checked(loose.item, AnObject), No);
-  EXPECT_EQ(Checked(loose.item, SafeArray<std::int16_t>{1}), No);
-  EXPECT_EQ(Checked(loose.item, SafeArray<Variant>{UI1(1)}), No);
+  EXPECT_EQ(Checked(loose.item, SafeArray<std::int16_t>{1, 255}), "UI1[1,255]");
+  EXPECT_EQ(Checked(loose.item, SafeArray<Variant>{UI1(1), I4(2), 3.0}), "UI1[1,2,3]");
+  EXPECT_EQ(Checked(loose.item, SafeArray<std::int16_t>{-1}), No);
+  EXPECT_EQ(Checked(loose.item, SafeArray<double>{0.5}), No);
+  EXPECT_EQ(Checked(loose.item, SafeArray<Variant>{Variant("1")}), No);
+  EXPECT_EQ(Checked(loose.item, SafeArray<Variant>{Variant(SafeArray<std::int16_t>{1})}), No);
 }
 
 TEST(ItemRawCheck, ScalarsAreNotTaken) {
