@@ -103,7 +103,7 @@ var
   Server, Group, Items, Speed, Recipe: OleVariant;
   Handles, Values, Errors: OleVariant;
   Events: IDispatch;
-  Connection: DWORD;
+  Connection: {$ifdef FPC}DWORD{$else}Longint{$endif};
   TransactionId, I: Integer;
 begin
   { Create and configure. }
@@ -166,11 +166,13 @@ end;
 var
   DriverFile: string;
 begin
+  CoInitialize(nil); { Delphi does this by itself only in programs with forms }
   try
     DriverFile := ParamStr(1);
     if DriverFile = '' then
       DriverFile := 'drivers.ini';
     Run(DriverFile);
+    CoUninitialize;
     Writeln('DONE');
   except
     on E: EOleSysError do
