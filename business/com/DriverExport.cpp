@@ -2,6 +2,7 @@
 
 #include "com/Arguments.h"
 #include "com/DeviceExport.h"
+#include "com/ScriptBytes.h"
 #include "com/SlotSink.h"
 
 namespace orvo::com {
@@ -35,7 +36,7 @@ HRESULT DriverExport::WriteItems(SAFEARRAY** CompiledAddresses, SAFEARRAY** Dime
                                  SAFEARRAY** DATAValues) {
   return Call([&] {
     driver_->WriteItems(ArrayArgumentOf<double>(CompiledAddresses), ArrayArgumentOf<std::int16_t>(Dimensions),
-                        ArrayArgumentOf<Variant>(DATAValues));
+                        WithBytes(ArrayArgumentOf<Variant>(DATAValues)));
   });
 }
 

@@ -1,43 +1,10 @@
 #include "com/DriverSink.h"
 
 #include "com/Arguments.h"
+#include "com/ScriptBytes.h"
 #include "spooler/WeakSink.h"
 
-#include <optional>
-
 namespace orvo::com {
-
-namespace {
-
-std::optional<std::uint8_t> ByteOf(const Variant& value) {
-  std::int64_t number = 0;
-  if (value.Is(VariantKind::UI1))
-    number = value.Get<std::uint8_t>();
-  else if (value.Is(VariantKind::I2))
-    number = value.Get<std::int16_t>();
-  else if (value.Is(VariantKind::I4))
-    number = value.Get<std::int32_t>();
-  else
-    return std::nullopt;
-  if (number < 0 || number > 255) return std::nullopt;
-  return static_cast<std::uint8_t>(number);
-}
-
-// The bytes that a script wrote as an array of numbers; every other value as it is.
-Variant BytesOfScript(const Variant& value) {
-  if (!value.IsArray() || value.Kind() != VariantKind::Variant) return value;
-  const SafeArray<Variant> numbers = value.Array<Variant>();
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(numbers.Size());
-  for (const Variant& number : numbers.View()) {
-    const std::optional<std::uint8_t> byte = ByteOf(number);
-    if (!byte) return value;
-    bytes.push_back(*byte);
-  }
-  return SafeArray<std::uint8_t>(std::move(bytes), numbers.LowerBound());
-}
-
-}  // namespace
 
 ComPtr<::IEventNotify> SinkBySlot(std::shared_ptr<orvo::IEventNotify> sink) {
   if (!sink) return nullptr;
@@ -57,12 +24,7 @@ DriverSink::DriverSink(std::shared_ptr<orvo::IEventNotify> sink)
 
 HRESULT DriverSink::AsyncReadComplete(SAFEARRAY** DATAValues, SAFEARRAY** ItemErrors) {
   return Call([&] {
-    const SafeArray<Variant> given = ArrayArgumentOf<Variant>(DATAValues);
-    std::vector<Variant> values;
-    values.reserve(given.Size());
-    for (const Variant& value : given.View())
-      values.push_back(BytesOfScript(value));
-    sink_->AsyncReadComplete(SafeArray<Variant>(std::move(values), given.LowerBound()),
+    sink_->AsyncReadComplete(WithBytes(ArrayArgumentOf<Variant>(DATAValues)),
                              ArrayArgumentOf<std::int32_t>(ItemErrors));
   });
 }

@@ -20,8 +20,7 @@ class DriverSink final : public DispatchObject<::IEventNotifyDispatch, ::IEventN
  public:
   explicit DriverSink(std::shared_ptr<orvo::IEventNotify> sink);
 
-  // A script cannot make byte arrays: an array of variants that are all whole numbers from 0 to 255 is taken as
-  // the item's bytes.
+  // Bytes may come as an array of numbers (ScriptBytes.h).
   STDMETHODIMP AsyncReadComplete(SAFEARRAY** DATAValues, SAFEARRAY** ItemErrors) override;
   STDMETHODIMP AsyncReadGroupComplete(SAFEARRAY** Buffer, LONG* Error) override;
   STDMETHODIMP AsyncWriteComplete(SAFEARRAY** ItemErrors) override;
