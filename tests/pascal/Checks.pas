@@ -23,6 +23,7 @@ const
   errInternal = HRESULT($8004000E);
   errInvalidFormat = HRESULT($8004000F);
   FileNotFoundError = HRESULT($800A0035);
+  CannotCreateError = HRESULT($800A01AD);
   DuplicateKeyError = HRESULT($800A01C9);
   TypeMismatch = HRESULT($80020005);
   BadArgumentCount = HRESULT($8002000E);

@@ -106,8 +106,8 @@ end;
 procedure HandlesOfEveryType;
 const
   { The run-time library makes no arrays of 64-bit integers; they come as elements of a variant array below. }
-  Types: array[0..8] of Word = (varByte, varShortInt, varSmallint, varWord, varInteger, varLongWord, varSingle, varDouble,
-    varVariant);
+  Types: array[0..8] of Word = (varByte, varShortInt, varSmallint, varWord, varInteger, varLongWord, varSingle,
+    varDouble, varVariant);
 var
   Handles, Values, Errors: OleVariant;
   ElementType: Word;

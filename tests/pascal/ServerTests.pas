@@ -265,6 +265,34 @@ begin
   end;
 end;
 
+procedure DriverOfAnotherLibrary;
+var
+  Server, Item, Value: OleVariant;
+  Error: Integer;
+begin
+  WriteText(ScratchFile('foreign.ini'),
+    '[Drivers]'#13#10'DataCommunication=SimulatedPanel.Channel.1'#13#10'1=PanelA'#13#10);
+  Server := NewServer;
+  Server.SetDriverConfigurationFile(ScratchFile('foreign.ini'));
+  Server.DeviceType := 1;
+  Item := Server.KELDataGroups.Add('Line 1').KELDataItems.Add('DW108');
+  Server.OpenCommunication;
+  CheckEqual(Server.CommunicationStatus, 1, 'CommunicationStatus');
+  Item.SyncWrite(70000, Error);
+  CheckEqual(Error, 0, 'the error of a write');
+  Item.SyncRead(Value, Error);
+  CheckEqual(Error, 0, 'the error of a read');
+  CheckEqual(Value, 70000, 'the value');
+  Server.CloseCommunication;
+  try
+    WriteText(ScratchFile('foreign.ini'), '[Drivers]'#13#10'DataCommunication=No.Such.Driver'#13#10);
+    Server.SetDriverConfigurationFile(ScratchFile('foreign.ini'));
+    CheckRaised('a driver that is not registered');
+  except
+    on E: Exception do CheckError(E, CannotCreateError, 'No.Such.Driver');
+  end;
+end;
+
 procedure CallsThatAreWrong;
 var
   Server: OleVariant;
@@ -298,6 +326,7 @@ begin
   RunTest('PropertiesKeepTheirValues', @PropertiesKeepTheirValues);
   RunTest('SavedConfigurationComesBack', @SavedConfigurationComesBack);
   RunTest('DownloadsReportTheirProgress', @DownloadsReportTheirProgress);
+  RunTest('DriverOfAnotherLibrary', @DriverOfAnotherLibrary);
   RunTest('CallsThatAreWrong', @CallsThatAreWrong);
 end;
 
