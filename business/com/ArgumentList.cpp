@@ -122,7 +122,7 @@ HRESULT ArgumentList::PrepareSlot(Slot& slot) {
 HRESULT ArgumentList::PrepareVariant(Slot& slot) {
   VARIANT& value = const_cast<VARIANT&>(Dereferenced(*slot.given));
   if (!slot.declared->byReference) {
-    const HRESULT failed = VariantCopyInd(slot.value.Get(), &value);
+    const HRESULT failed = ConvertScalar(value, VT_VARIANT, locale_, slot.value.Get());
     slot.passed = *slot.value.Get();
     return failed;
   }
@@ -131,7 +131,7 @@ HRESULT ArgumentList::PrepareVariant(Slot& slot) {
     V_BYREF(&slot.passed) = &value;
     return S_OK;
   }
-  const HRESULT failed = VariantCopyInd(slot.value.Get(), &value);
+  const HRESULT failed = ConvertScalar(value, VT_VARIANT, locale_, slot.value.Get());
   if ((V_VT(&value) & VT_BYREF) != 0) slot.variable = &value;
   V_BYREF(&slot.passed) = slot.value.Get();
   return failed;
@@ -223,6 +223,7 @@ HRESULT ArgumentList::GiveBackSlot(Slot& slot, LCID locale) {
   auto* const into = static_cast<std::byte*>(V_BYREF(&variable));
   auto* const from = static_cast<std::byte*>(StorageOf(converted.Get(), type));
   std::swap_ranges(into, into + SizeOf(type), from);
+  if (type == VT_DECIMAL) V_VT(converted.Get()) = type;  // a decimal lies over the type tag
   return S_OK;
 }
 

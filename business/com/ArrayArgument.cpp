@@ -98,9 +98,14 @@ HRESULT CaughtResult() noexcept {
 HRESULT ConvertScalar(const VARIANT& source, VARTYPE type, LCID locale, VARIANT* target) noexcept {
   VariantInit(target);
   const VARIANT& value = Dereferenced(source);
-  if (type == VT_VARIANT) return VariantCopyInd(target, const_cast<VARIANT*>(&value));
-  if ((V_VT(&value) & VT_ARRAY) != 0) return DISP_E_TYPEMISMATCH;
-  return VariantChangeTypeEx(target, const_cast<VARIANT*>(&value), locale, VARIANT_ALPHABOOL, type);
+  if ((V_VT(&value) & VT_ARRAY) != 0 && type != VT_VARIANT) return DISP_E_TYPEMISMATCH;
+  const HRESULT failed = type == VT_VARIANT ? VariantCopyInd(target, const_cast<VARIANT*>(&value))
+                                            : VariantChangeTypeEx(target, const_cast<VARIANT*>(&value), locale,
+                                                                  VARIANT_ALPHABOOL, type);
+  // The system has more codes for a value that does not fit its new type: E_INVALIDARG for a date beyond the
+  // calendar or for a reference in a circle, for example.
+  if (SUCCEEDED(failed) || failed == DISP_E_OVERFLOW || failed == E_OUTOFMEMORY) return failed;
+  return DISP_E_TYPEMISMATCH;
 }
 
 HRESULT MakeIndexable(VARIANT& value) noexcept {
@@ -138,7 +143,7 @@ HRESULT ArrayArgument::Take(VARIANT& given, const Parameter& declared, LCID loca
       origin_ = Origin::Variable;
       variable_ = &value;
     }
-    if ((V_VT(&value) & VT_ARRAY) != 0) return TakeArray(value, declared, locale, isVariable || isReference);
+    if ((V_VT(&value) & VT_ARRAY) != 0) return TakeArray(value, declared, locale);
     if (V_VT(&value) == VT_DISPATCH && V_DISPATCH(&value) != nullptr)
       return TakeScriptArray(*V_DISPATCH(&value), declared, locale);
     if (V_VT(&value) == (VT_BYREF | VT_DISPATCH) && *V_DISPATCHREF(&value) != nullptr)
@@ -153,7 +158,7 @@ HRESULT ArrayArgument::Take(VARIANT& given, const Parameter& declared, LCID loca
   }
 }
 
-HRESULT ArrayArgument::TakeArray(VARIANT& value, const Parameter& declared, LCID locale, bool ownedByCaller) {
+HRESULT ArrayArgument::TakeArray(VARIANT& value, const Parameter& declared, LCID locale) {
   const bool isReference = (V_VT(&value) & VT_BYREF) != 0;
   SAFEARRAY** const array = isReference ? V_ARRAYREF(&value) : &V_ARRAY(&value);
   if (isReference) {
@@ -163,14 +168,16 @@ HRESULT ArrayArgument::TakeArray(VARIANT& value, const Parameter& declared, LCID
   if (*array == nullptr) {
     // An array variable without elements; what comes back has its declared type.
     const auto elements = static_cast<VARTYPE>(V_VT(&value) & VT_TYPEMASK);
-    if (ownedByCaller && IsSameElement(declared.type, elements)) direct_ = array;
+    if (isReference && IsSameElement(declared.type, elements)) direct_ = array;
     return S_OK;
   }
   VARTYPE type = ElementType(*array);
   if (type == VT_EMPTY) type = static_cast<VARTYPE>(V_VT(&value) & VT_TYPEMASK);
   BoundsOf(*array);
   const bool exact = IsSameElement(declared.type, type);
-  if (exact && (ownedByCaller || !declared.isOut)) {
+  // A script may give its variable another value while a call waits: an array inside a variable is filled at
+  // the end only, when it is looked at again.
+  if (exact && (isReference || !declared.isOut)) {
     direct_ = array;
     return S_OK;
   }
@@ -205,7 +212,7 @@ HRESULT ArrayArgument::TakeScriptArray(IDispatch& object, const Parameter& decla
   }
   copy_ = std::move(fresh);
   origin_ = Origin::ScriptArray;
-  scriptArray_ = &object;
+  scriptArray_ = ComPtr<IDispatch>(&object);
   return S_OK;
 }
 
@@ -299,13 +306,13 @@ HRESULT ArrayArgument::GiveToScriptArray() {
   OwnedVariant length;
   V_VT(length.Get()) = VT_I4;
   V_I4(length.Get()) = static_cast<LONG>(bounds.count);
-  PutNamed(*scriptArray_, L"length", *length.Get());  // an object without it grows by its elements
+  PutNamed(*scriptArray_.Get(), L"length", *length.Get());  // an object without it grows by its elements
   const ArrayAccess<std::byte> in(copy_.Get());
   for (ULONG i = 0; i < bounds.count; ++i) {
     OwnedVariant element;
     CopyElement(in.Elements().data() + std::size_t{i} * copy_.Get()->cbElements, type, element.Get());
     HRESULT failed = MakeIndexable(*element.Get());
-    if (SUCCEEDED(failed)) failed = PutNamed(*scriptArray_, std::to_wstring(i), *element.Get());
+    if (SUCCEEDED(failed)) failed = PutNamed(*scriptArray_.Get(), std::to_wstring(i), *element.Get());
     if (FAILED(failed)) return failed;
   }
   return S_OK;

@@ -24,7 +24,7 @@ class ArrayArgument {
  private:
   enum class Origin { ByValue, Variable, ArrayVariable, ScriptArray };
 
-  HRESULT TakeArray(VARIANT& value, const Parameter& declared, LCID locale, bool ownedByCaller);
+  HRESULT TakeArray(VARIANT& value, const Parameter& declared, LCID locale);
   HRESULT TakeScriptArray(IDispatch& object, const Parameter& declared, LCID locale);
   HRESULT TakeScalar(const VARIANT& value, const Parameter& declared, LCID locale);
   HRESULT GiveToArrayVariable(LCID locale);
@@ -36,7 +36,7 @@ class ArrayArgument {
   Origin origin_ = Origin::ByValue;
   VARIANT* variable_ = nullptr;          // the caller's variable
   SAFEARRAY** arrayVariable_ = nullptr;  // the caller's array variable
-  IDispatch* scriptArray_ = nullptr;     // kept alive by the argument list
+  ComPtr<IDispatch> scriptArray_;
 };
 
 // Makes what a script cannot index indexable: arrays of other elements than variants become arrays of variants,

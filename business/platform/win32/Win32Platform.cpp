@@ -57,6 +57,25 @@ class Win32Platform::State final : public TimerReceiver,
   void Woken() override;
 
  private:
+  // A callback or a pass is running. A callback that the host's own loop ran gives back what passes inside it
+  // took from that loop.
+  class Running {
+   public:
+    enum class Restores { Yes, No };
+    explicit Running(State& state, Restores restores = Restores::Yes) noexcept
+        : state_(state), restores_(restores) {
+      ++state_.depth_;
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running() {
+      if (--state_.depth_ == 0 && restores_ == Restores::Yes) state_.RestoreQuit();
+    }
+
+   private:
+    State& state_;
+    const Restores restores_;
+  };
   struct PostedCall {
     std::uint64_t number;
     std::function<void()> run;
@@ -82,6 +101,7 @@ class Win32Platform::State final : public TimerReceiver,
   // The owning thread only.
   std::weak_ptr<void> owner_;
   bool closed_ = false;
+  int depth_ = 0;            // callbacks and passes that are running, one inside the other
   std::optional<int> quit_;  // exit code of a WM_QUIT that was taken out
   std::optional<ThreadTimers> timers_;
   std::map<std::int32_t, std::shared_ptr<const TimerCallback>> callbacks_;
@@ -138,6 +158,7 @@ void Win32Platform::State::KillTimer(std::int32_t timerId) {
 
 void Win32Platform::State::TimerFired(std::int32_t timerId) {
   const std::shared_ptr<void> owner = owner_.lock();
+  const Running running(*this);
   owed_.erase(timerId);
   const auto found = callbacks_.find(timerId);
   if (found == callbacks_.end()) return;
@@ -180,6 +201,7 @@ std::function<void()> Win32Platform::State::TakePosted(std::uint64_t last) {
 
 void Win32Platform::State::Woken() {
   const std::shared_ptr<void> owner = owner_.lock();
+  const Running running(*this);
   {
     const std::lock_guard lock(mutex_);
     waking_ = false;
@@ -236,6 +258,7 @@ void Win32Platform::State::PumpOnce() {
   // This state, and with it what the callbacks below need, may lose its platform inside any of them.
   const std::shared_ptr<State> self = shared_from_this();
   const std::shared_ptr<void> owner = owner_.lock();
+  const Running running(*this, Running::Restores::No);
   const DWORD begin = ::GetTickCount();
   RunPosted();
   FiredTimers fired;

@@ -51,7 +51,7 @@ TEST_F(System, TimersRunInTheLoopOfTheHost) {
   platform_->SetTimer(10ms, [&](std::int32_t) { ++ticks; });
   const DWORD begin = ::GetTickCount();
   RunHostLoop([&] { return ticks == 5; });
-  EXPECT_GE(::GetTickCount() - begin, 45U);
+  EXPECT_GE(::GetTickCount() - begin, 30U);  // the counter itself moves in steps of up to 16 ms
 }
 
 TEST_F(System, PostedCallsRunInTheLoopOfTheHostInTheirOrder) {
@@ -156,7 +156,7 @@ TEST_F(System, QuitIsKeptDoesNotEndTheWaitingAndIsPutBack) {
   platform_->PumpOnce();
   const DWORD begin = ::GetTickCount();
   platform_->WaitForWork(100ms);
-  EXPECT_GE(::GetTickCount() - begin, 90U) << "the quit is still in the queue";
+  EXPECT_GE(::GetTickCount() - begin, 80U) << "the quit is still in the queue";
   PostNote("goes on");
   platform_->PumpOnce();
   EXPECT_EQ(log_, Log{"goes on"});
@@ -168,6 +168,28 @@ TEST_F(System, QuitIsKeptDoesNotEndTheWaitingAndIsPutBack) {
   EXPECT_EQ(message.message, static_cast<UINT>(WM_QUIT));
   EXPECT_EQ(message.wParam, 42U);
   EXPECT_FALSE(::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) << "it is put back once";
+}
+
+TEST_F(System, QuitTakenInsideACallbackIsPutBackForTheLoopThatRanIt) {
+  int passes = 0;
+  const auto pass = [&] {
+    ::PostQuitMessage(5);
+    platform_->PumpOnce();
+    ++passes;
+  };
+  platform_->Post(pass);
+  MSG message{};
+  while (::GetMessageW(&message, nullptr, 0, 0) != FALSE)
+    ::DispatchMessageW(&message);
+  EXPECT_EQ(message.wParam, 5U);
+  platform_->SetTimer(10ms, [&](std::int32_t id) {
+    platform_->KillTimer(id);
+    pass();
+  });
+  while (::GetMessageW(&message, nullptr, 0, 0) != FALSE)
+    ::DispatchMessageW(&message);
+  EXPECT_EQ(message.wParam, 5U);
+  EXPECT_EQ(passes, 2);
 }
 
 TEST_F(System, QuitThatAPlatformKeepsIsPutBackWhenItEnds) {
@@ -309,7 +331,7 @@ TEST_F(System, WaitingUsesNoProcessorTime) {
   const DWORD before = processorTime();
   const DWORD begin = ::GetTickCount();
   platform_->WaitForWork(300ms);
-  EXPECT_GE(::GetTickCount() - begin, 290U);
+  EXPECT_GE(::GetTickCount() - begin, 280U);
   EXPECT_LT(processorTime() - before, 1000000U);
 }
 
