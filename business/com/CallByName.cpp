@@ -3,6 +3,8 @@
 #include "com/ArgumentList.h"
 #include "com/Bstr.h"
 
+#include <utility>
+
 namespace orvo::com {
 
 namespace {
@@ -18,9 +20,25 @@ void FillFailure(HRESULT result, EXCEPINFO* failure) {
   info->GetSource(&failure->bstrSource);
 }
 
-// The arguments of a call that stands for the default member of the property's value: groups(1).
-HRESULT CallDefault(VARIANT& value, LCID locale, DISPPARAMS& arguments, VARIANT* result, EXCEPINFO* failure,
-                    UINT* argument) {
+// The element of an array that a property holds: group.CompiledBuffer(15).
+HRESULT TakeElement(VARIANT& array, LCID locale, const DISPPARAMS& arguments, VARIANT* result, UINT* argument) {
+  if (arguments.cArgs != 1) return DISP_E_BADPARAMCOUNT;
+  if (argument != nullptr) *argument = 0;
+  OwnedVariant index;
+  const HRESULT failed = ConvertScalar(arguments.rgvarg[0], VT_I4, locale, index.Get());
+  if (FAILED(failed)) return failed;
+  OwnedVariant element;
+  LONG position = V_I4(index.Get());
+  const HRESULT taken = SafeArrayGetElement(V_ARRAY(&array), &position, element.Get());
+  if (FAILED(taken)) return taken;
+  if (result != nullptr) std::swap(*result, *element.Get());
+  return S_OK;
+}
+
+// Arguments behind a property that takes none are meant for its value: groups(1).
+HRESULT CallValue(VARIANT& value, LCID locale, DISPPARAMS& arguments, VARIANT* result, EXCEPINFO* failure,
+                  UINT* argument) {
+  if (V_VT(&value) == (VT_ARRAY | VT_VARIANT)) return TakeElement(value, locale, arguments, result, argument);
   if (V_VT(&value) != VT_DISPATCH || V_DISPATCH(&value) == nullptr) return DISP_E_BADPARAMCOUNT;
   return V_DISPATCH(&value)->Invoke(DISPID_VALUE, IID_NULL, locale, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
                                     &arguments, result, failure, argument);
@@ -58,13 +76,14 @@ HRESULT CallByName(IDispatch* object, const InterfaceInfo& info, DISPID id, LCID
     const Member* member = info.Find(id, flags);
     if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
 
-    const bool forwards = member->kind == INVOKE_PROPERTYGET && member->parameters.empty() && given.cArgs > 0 &&
-                          member->result.type == VT_DISPATCH;
+    const bool forwards =
+        member->kind == INVOKE_PROPERTYGET && member->parameters.empty() && given.cArgs > 0 &&
+        (member->result.type == VT_DISPATCH || member->result.type == VT_VARIANT || member->result.isArray);
     if (forwards) {
       ArgumentList empty(none, *member, locale);
       OwnedVariant value;
       const HRESULT got = CallMember(object, *member, empty, value.Get(), failure);
-      return FAILED(got) ? got : CallDefault(*value.Get(), locale, given, result, failure, argument);
+      return FAILED(got) ? got : CallValue(*value.Get(), locale, given, result, failure, argument);
     }
 
     ArgumentList list(given, *member, locale);
