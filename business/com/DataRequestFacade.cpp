@@ -3,6 +3,8 @@
 #include "com/Arguments.h"
 #include "model/KELDataGroup.h"
 
+#include <cstring>
+
 namespace orvo::com {
 
 DataRequestFacade::DataRequestFacade(std::shared_ptr<orvo::DataRequest> core)
@@ -29,7 +31,10 @@ HRESULT DataRequestFacade::get_RequestType(::ReqType* Result) {
 }
 
 HRESULT DataRequestFacade::put_RequestType(::ReqType NewValue) {
-  return Call([&] { Object()->PutRequestType(static_cast<std::int32_t>(NewValue)); });
+  // Clients may send numbers that the enumeration does not have: the bits are taken as they are.
+  std::int32_t number = 0;
+  std::memcpy(&number, &NewValue, sizeof number);
+  return Call([&] { Object()->PutRequestType(number); });
 }
 
 HRESULT DataRequestFacade::get_ReqGroup(_KELDataGroup** Result) {
