@@ -2,12 +2,11 @@
 # NAME_i.c, and the target NAME_idl that others depend on.
 if(CMAKE_SIZEOF_VOID_P EQUAL 8)
   set(orvo_widl_bits --win64)
-  set(orvo_stdole_folder /usr/lib/x86_64-linux-gnu/wine/x86_64-windows)
 else()
   set(orvo_widl_bits --win32)
-  # stdole2.tlb is the same file for every processor.
-  set(orvo_stdole_folder /usr/lib/x86_64-linux-gnu/wine/x86_64-windows)
 endif()
+# stdole2.tlb is the same file for every processor.
+set(orvo_stdole_folder /usr/lib/x86_64-linux-gnu/wine/x86_64-windows)
 
 function(orvo_type_library name idl)
   set(out ${CMAKE_CURRENT_BINARY_DIR}/${name})
