@@ -2,7 +2,7 @@
 Option Explicit
 
 Dim server, groups, group, items, fixed(1), grown, literal, values, itemErrors, fixedValues(1), fixedErrors(1), value
-Dim itemError, transaction, name, fresh, stamp, kind, other
+Dim tooSmall(0), itemError, transaction, name, fresh, stamp, kind, other
 
 Set server = ConfiguredServer()
 Set groups = server.KELDataGroups
@@ -147,6 +147,8 @@ group.SyncRead Array(3000000000), values, itemErrors
 CheckNumber "a number that does not fit", 6
 group.SyncRead Array(1)
 CheckNumber "arguments too few", 450
+group.SyncRead Array(1, 2), tooSmall, itemErrors
+CheckErrorBegins "a fixed array without room", 9, "Subscript out of range: a fixed array of 1 elements was given for 2"
 itemError = "a text"
 items(1).SyncRead value, itemError
 CheckNumber "a variable that holds what can be no number", 13

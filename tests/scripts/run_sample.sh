@@ -2,9 +2,12 @@
 # Runs a script sample in the folder that holds drivers.ini, and looks for each step of its round:
 #   run_sample.sh RUNNER SCRIPT_HOST SCRIPT
 set -u
-output=$("$@" 2>&1)
+# By way of a file: what Wine starts in the background may hold a pipe for ever.
+scratch=$(mktemp)
+trap 'rm -f "$scratch"' EXIT
+timeout 50 "$@" >"$scratch" 2>&1 </dev/null
 status=$?
-output=$(tr -d '\r' <<<"$output")
+output=$(tr -d '\r' <"$scratch")
 printf '%s\n' "$output"
 [ $status -eq 0 ] || { echo "exit code $status"; exit 1; }
 # In this order, and nothing behind the last one.
