@@ -74,7 +74,7 @@ std::error_code SystemFile::OpenFolder(const fs::path& path) {
   return Outcome(number_ < 0 ? -1 : 0);
 }
 
-std::error_code SystemFile::Flush() {
+std::error_code SystemFile::Flush() const {
   const std::error_code failure = Outcome(Uninterrupted([this] { return ::fsync(number_); }));
   return failure == std::errc::invalid_argument ? std::error_code() : failure;
 }

@@ -30,7 +30,7 @@ class SystemFile {
   // Appends all of `bytes`; after a failure some of them may be in the file.
   std::error_code Write(std::string_view bytes) const;
   // Returns when the disk has everything. Without an error where there is nothing to flush, as for a device.
-  std::error_code Flush();
+  std::error_code Flush() const;
   // The file is closed in any case.
   std::error_code Close();
   // The permissions of the existing file `model`, and its owner as far as the process may give files away.

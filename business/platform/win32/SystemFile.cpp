@@ -87,7 +87,7 @@ std::error_code SystemFile::Write(std::string_view bytes) const {
   return {};
 }
 
-std::error_code SystemFile::Flush() {
+std::error_code SystemFile::Flush() const {
   if (number_ < 0) return {};
   const std::error_code failure = Outcome(::_commit(number_));
   // A device has nothing to flush.

@@ -47,15 +47,19 @@ void UnregisterUse() noexcept {
   if (--classUsers == 0) ::UnregisterClassW(ClassName, OwnModule());
 }
 
+HWND MakeWindow(WNDPROC procedure) {
+  RegisterUse(procedure);
+  const HWND window =
+      ::CreateWindowExW(0, ClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, OwnModule(), nullptr);
+  if (window != nullptr) return window;
+  UnregisterUse();
+  RaiseRuntimeError(RuntimeError::OutOfMemory, "a window that wakes the message loop");
+}
+
 }  // namespace
 
-WakeWindow::WakeWindow(std::weak_ptr<WakeReceiver> receiver) : receiver_(std::move(receiver)) {
-  RegisterUse(&Procedure);
-  window_ = ::CreateWindowExW(0, ClassName, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, OwnModule(), nullptr);
-  if (window_ == nullptr) {
-    UnregisterUse();
-    RaiseRuntimeError(RuntimeError::OutOfMemory, "a window that wakes the message loop");
-  }
+WakeWindow::WakeWindow(std::weak_ptr<WakeReceiver> receiver)
+    : receiver_(std::move(receiver)), window_(MakeWindow(&Procedure)) {
   ::SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
 }
 
@@ -76,6 +80,7 @@ bool WakeWindow::IsWake(const MSG& message) const noexcept {
 
 LRESULT CALLBACK WakeWindow::Procedure(HWND window, UINT message, WPARAM first, LPARAM second) noexcept {
   if (message != WakeMessage) return ::DefWindowProcW(window, message, first, second);
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): a window keeps the pointer to its object as a number
   const auto* const self = reinterpret_cast<const WakeWindow*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
   if (self == nullptr) return 0;
   if (const std::shared_ptr<WakeReceiver> receiver = self->receiver_.lock())

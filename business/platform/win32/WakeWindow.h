@@ -40,7 +40,7 @@ class WakeWindow {
   static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM first, LPARAM second) noexcept;
 
   const std::weak_ptr<WakeReceiver> receiver_;
-  HWND window_ = nullptr;
+  const HWND window_;
 };
 
 }  // namespace orvo
