@@ -148,10 +148,20 @@ struct Failure {
   std::wstring source;
 };
 
+// The text that Windows has for a number.
+inline std::wstring SystemText(HRESULT number) {
+  wchar_t text[256];
+  DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                                static_cast<DWORD>(number), 0, text, 256, nullptr);
+  while (length > 0 && (text[length - 1] == L'\r' || text[length - 1] == L'\n'))
+    --length;
+  return length == 0 ? L"no description" : std::wstring(text, length);
+}
+
 // Throws a Failure when `result` is one. Follows every call of the server.
 inline void Check(HRESULT result) {
   if (SUCCEEDED(result)) return;
-  Failure failure{result, L"no description", L""};
+  Failure failure{result, SystemText(result), L""};
   Pointer<IErrorInfo> information;
   if (GetErrorInfo(0, information.Put()) == S_OK) {
     Text description;
