@@ -24,10 +24,10 @@ static class FirstClient
             Console.WriteLine("DONE");
             return 0;
         }
-        catch (COMException failure)
+        catch (Exception failure) // most are COMException; .NET makes others of some numbers, FileNotFoundException for one
         {
-            Console.WriteLine("FAILED: error 0x{0:X8}: {1}", failure.ErrorCode, failure.Message);
-            if ((uint)failure.ErrorCode == 0x80040154)
+            Console.WriteLine("FAILED: error 0x{0:X8}: {1}", failure.HResult, failure.Message);
+            if ((uint)failure.HResult == 0x80040154)
                 Console.WriteLine("The server is not registered for {0}-bit programs: run register-user.cmd or "
                     + "register-machine.cmd.", 8 * IntPtr.Size);
             return 1;

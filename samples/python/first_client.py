@@ -33,6 +33,13 @@ def pump(seconds):
         win32event.MsgWaitForMultipleObjects([], False, int(left * 1000) + 1, win32con.QS_ALLINPUT)
 
 
+def describe(failure):
+    """Number, source and text of a failed call; the first two parts of the exception say only that it failed."""
+    if failure.excepinfo is None:
+        return failure.hresult & 0xFFFFFFFF, "Windows", failure.strerror
+    return failure.excepinfo[5] & 0xFFFFFFFF, failure.excepinfo[1], failure.excepinfo[2]
+
+
 def run(driver_file):
     # Create and configure. EnsureDispatch reads the type library: calls are checked, and filled arguments are returned.
     server = win32com.client.gencache.EnsureDispatch("ORVOBusiness.KELDataServer")
@@ -75,8 +82,7 @@ def run(driver_file):
     try:
         items.Add("XY100", "Wrong")
     except pywintypes.com_error as failure:
-        source, description = failure.excepinfo[1:3]
-        print("error 0x%08X from %s: %s" % (failure.excepinfo[5] & 0xFFFFFFFF, source, description))
+        print("error 0x%08X from %s: %s" % describe(failure))
 
 
 if __name__ == "__main__":
@@ -84,7 +90,7 @@ if __name__ == "__main__":
         run(sys.argv[1] if len(sys.argv) > 1 else "drivers.ini")
         print("DONE")
     except pywintypes.com_error as failure:
-        print("FAILED: error 0x%08X: %s" % (failure.hresult & 0xFFFFFFFF, failure))
+        print("FAILED: error 0x%08X from %s: %s" % describe(failure))
         if failure.hresult & 0xFFFFFFFF in (0x80040154, 0x800401F3):
             print("The server is not registered for this Python: run register-user.cmd or register-machine.cmd.")
         sys.exit(1)
