@@ -183,7 +183,8 @@ HRESULT ArgumentList::Call(IDispatch* object, const Member& member, VARIANT* ans
   const HRESULT called = DispCallFunc(object, member.vtableOffset, member.convention, VT_I4,
                                       static_cast<UINT>(types.size()), types.data(), values.data(), returned);
   // The content of a result belongs to the caller once the call was well; a member clears it first otherwise.
-  if (SUCCEEDED(called) && SUCCEEDED(V_I4(returned)) && hasResult && member.result.type != VT_VARIANT)
+  if (SUCCEEDED(called) && SUCCEEDED(V_I4(returned)) && hasResult &&
+      (member.result.isArray || member.result.type != VT_VARIANT))
     V_VT(answer) = static_cast<VARTYPE>(member.result.PassedType() & ~VT_BYREF);
   return called;
 }
