@@ -12,14 +12,18 @@ namespace {
 
 constexpr LONG LongestScriptArray = 1 << 24;
 
+// The system's own functions follow a null reference.
+bool LeadsNowhere(const VARIANT& value) noexcept {
+  return (V_VT(&value) & VT_BYREF) != 0 && V_BYREF(&value) == nullptr;
+}
+
 // An element of any array as a value of its own. `source` lies in the array's memory.
-void CopyElement(const void* source, VARTYPE type, VARIANT* target) noexcept {
+HRESULT CopyElement(const void* source, VARTYPE type, VARIANT* target) noexcept {
   VARIANT reference;
   VariantInit(&reference);
   V_VT(&reference) = static_cast<VARTYPE>(type | VT_BYREF);
   V_BYREF(&reference) = const_cast<void*>(source);
-  VariantInit(target);
-  VariantCopyInd(target, &reference);
+  return ConvertScalar(reference, VT_VARIANT, LOCALE_NEUTRAL, target);
 }
 
 // Moves `value`, of exactly this type, into the zeroed element.
@@ -42,9 +46,11 @@ HRESULT ConvertArray(SAFEARRAY* source, VARTYPE from, VARTYPE to, LCID locale, O
   const ArrayAccess<std::byte> out(fresh.Get());
   for (ULONG i = 0; i < bounds.count; ++i) {
     OwnedVariant element;
-    CopyElement(in.Elements().data() + std::size_t{i} * source->cbElements, from, element.Get());
+    HRESULT failed =
+        CopyElement(in.Elements().data() + std::size_t{i} * source->cbElements, from, element.Get());
+    if (FAILED(failed)) return failed;
     OwnedVariant converted;
-    const HRESULT failed = ConvertScalar(element.Value(), to, locale, converted.Get());
+    failed = ConvertScalar(element.Value(), to, locale, converted.Get());
     if (FAILED(failed)) return failed;
     const ULONG size = fresh.Get()->cbElements;
     MoveIntoElement(*converted.Get(), to, out.Elements().data() + std::size_t{i} * size, size);
@@ -99,6 +105,7 @@ HRESULT ConvertScalar(const VARIANT& source, VARTYPE type, LCID locale, VARIANT*
   VariantInit(target);
   const VARIANT& value = Dereferenced(source);
   if ((V_VT(&value) & VT_ARRAY) != 0 && type != VT_VARIANT) return DISP_E_TYPEMISMATCH;
+  if (LeadsNowhere(value)) return DISP_E_TYPEMISMATCH;
   const HRESULT failed = type == VT_VARIANT ? VariantCopyInd(target, const_cast<VARIANT*>(&value))
                                             : VariantChangeTypeEx(target, const_cast<VARIANT*>(&value), locale,
                                                                   VARIANT_ALPHABOOL, type);
@@ -310,8 +317,9 @@ HRESULT ArrayArgument::GiveToScriptArray() {
   const ArrayAccess<std::byte> in(copy_.Get());
   for (ULONG i = 0; i < bounds.count; ++i) {
     OwnedVariant element;
-    CopyElement(in.Elements().data() + std::size_t{i} * copy_.Get()->cbElements, type, element.Get());
-    HRESULT failed = MakeIndexable(*element.Get());
+    HRESULT failed =
+        CopyElement(in.Elements().data() + std::size_t{i} * copy_.Get()->cbElements, type, element.Get());
+    if (SUCCEEDED(failed)) failed = MakeIndexable(*element.Get());
     if (SUCCEEDED(failed)) failed = PutNamed(*scriptArray_.Get(), std::to_wstring(i), *element.Get());
     if (FAILED(failed)) return failed;
   }
