@@ -80,6 +80,7 @@ HRESULT CallByName(IDispatch* object, const InterfaceInfo& info, DISPID id, LCID
         member->kind == INVOKE_PROPERTYGET && member->parameters.empty() && given.cArgs > 0 &&
         (member->result.type == VT_DISPATCH || member->result.type == VT_VARIANT || member->result.isArray);
     if (forwards) {
+      if (given.rgvarg == nullptr) return E_INVALIDARG;
       ArgumentList empty(none, *member, locale);
       OwnedVariant value;
       const HRESULT got = CallMember(object, *member, empty, value.Get(), failure);
