@@ -320,8 +320,9 @@ HRESULT ArrayArgument::GiveToScriptArray() {
     HRESULT failed =
         CopyElement(in.Elements().data() + std::size_t{i} * copy_.Get()->cbElements, type, element.Get());
     if (SUCCEEDED(failed)) failed = MakeIndexable(*element.Get());
-    if (SUCCEEDED(failed)) failed = PutNamed(*scriptArray_.Get(), std::to_wstring(i), *element.Get());
     if (FAILED(failed)) return failed;
+    // The object's own code would be taken for one of this call: as an exception without its description.
+    if (FAILED(PutNamed(*scriptArray_.Get(), std::to_wstring(i), *element.Get()))) return DISP_E_TYPEMISMATCH;
   }
   return S_OK;
 }
