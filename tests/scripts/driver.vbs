@@ -14,7 +14,7 @@ Class DownloadSink
   End Sub
 End Class
 
-Dim server, group, items, values, itemErrors, value, itemError, sink, downloads, transaction, broken
+Dim server, group, items, values, itemErrors, value, itemError, sink, downloads, transaction, broken, start, status
 
 Set server = CreateObject("ORVOBusiness.KELDataServer")
 server.SetDriverConfigurationFile "scripted.ini"
@@ -83,7 +83,12 @@ server.OpenCommunication
 group.AsyncRead Array(5, 1), transaction
 Host.Sleep 300
 CheckEqual "no answer yet", sink.Events, Empty
-CheckEqual "the driver answers inside this call", server.BoardStatus, 1
+start = Host.Ticks
+Do
+  Host.Sleep 10
+  status = server.BoardStatus
+Loop While status = 0 And Host.Ticks - start < 5000
+CheckEqual "the driver answers inside this call", status, 1
 AwaitEvents sink, 1
 CheckEqual "the late answer", Array(sink.Log, sink.Values), Array("AsyncReadComplete " & transaction & ";", Array(0, 1500))
 

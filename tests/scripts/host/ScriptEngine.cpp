@@ -130,7 +130,7 @@ HRESULT STDMETHODCALLTYPE ScriptEngine::OnScriptError(IActiveScriptError* error)
     SysFreeString(info.bstrDescription);
     SysFreeString(info.bstrHelpFile);
   }
-  DWORDLONG file = 0;
+  std::size_t file = 0;
   DWORD context = 0;
   ULONG line = 0;
   LONG column = 0;
