@@ -27,8 +27,13 @@ sample_finds_no_server() {
   wine FirstClient.exe | tee "$scratch/output"
   grep -q '^FAILED: error 0x80040154' "$scratch/output" || fail "$1"
 }
-# has_key KEY: whether the registry has it.
-has_key() { wine reg.exe query "$1" >/dev/null 2>&1; }
+# has_key KEY: whether the registry has it. Another failure than its absence ends the test.
+has_key() {
+  local output
+  output=$(wine reg.exe query "$1" 2>&1) && return 0
+  grep -q 'Unable to find' <<<"$output" || fail "reg query $1 says: $output"
+  return 1
+}
 script() { wine cmd.exe /c "$1" || fail "$1"; }
 
 sample_finds_no_server "before anything is done there is a server"
