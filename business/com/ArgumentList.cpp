@@ -2,9 +2,9 @@
 
 #include "com/Automation.h"
 #include "com/VariantCodec.h"
+#include "com/VariantReference.h"
 
-#include <algorithm>
-#include <cstddef>
+#include <cstring>
 
 namespace orvo::com {
 
@@ -20,44 +20,9 @@ void MarkMissing(VARIANT* value) {
   V_ERROR(value) = DISP_E_PARAMNOTFOUND;
 }
 
-// Where the value of a variant lies that is passed by reference.
-void* StorageOf(VARIANT* value, VARTYPE type) {
-  if (type == VT_VARIANT) return value;
-  if (type == VT_DECIMAL) return &V_DECIMAL(value);
-  return &V_I8(value);
-}
-
-// Bytes of a scalar of this type.
-std::size_t SizeOf(VARTYPE type) {
-  switch (type) {
-    case VT_I1:
-    case VT_UI1:
-      return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-      return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-    case VT_ERROR:
-      return 4;
-    case VT_BSTR:
-    case VT_DISPATCH:
-    case VT_UNKNOWN:
-      return sizeof(void*);
-    case VT_DECIMAL:
-      return sizeof(DECIMAL);
-    default:
-      return 8;
-  }
-}
-
 }  // namespace
 
-HRESULT ArgumentList::Assign() {
+HRESULT ArgumentList::Assign(UINT* argument) {
   const std::size_t count = member_.parameters.size();
   if (given_.cArgs > count) return DISP_E_BADPARAMCOUNT;
   for (const Parameter& parameter : member_.parameters)
@@ -72,7 +37,10 @@ HRESULT ArgumentList::Assign() {
   for (UINT i = 0; i < given_.cNamedArgs; ++i) {
     const DISPID name = given_.rgdispidNamedArgs[i];
     const bool isPut = name == DISPID_PROPERTYPUT && count > 0;
-    if (!isPut && (name < 0 || static_cast<std::size_t>(name) >= count)) return DISP_E_PARAMNOTFOUND;
+    if (!isPut && (name < 0 || static_cast<std::size_t>(name) >= count)) {
+      if (argument != nullptr) *argument = i;
+      return DISP_E_PARAMNOTFOUND;
+    }
     Slot& slot = slots_[isPut ? count - 1 : static_cast<std::size_t>(name)];
     if (slot.given != nullptr) return DISP_E_BADPARAMCOUNT;
     slot.index = i;
@@ -87,7 +55,7 @@ HRESULT ArgumentList::Prepare(UINT* argument) {
   if (given_.cNamedArgs > given_.cArgs || (given_.cArgs > 0 && given_.rgvarg == nullptr) ||
       (given_.cNamedArgs > 0 && given_.rgdispidNamedArgs == nullptr))
     return E_INVALIDARG;
-  HRESULT failed = Assign();
+  HRESULT failed = Assign(argument);
   if (FAILED(failed)) return failed;
   for (Slot& slot : slots_) {
     failed = PrepareSlot(slot);
@@ -203,8 +171,13 @@ HRESULT ArgumentList::GiveBack(UINT* argument) {
 HRESULT ArgumentList::GiveBackSlot(Slot& slot, LCID locale) {
   const Parameter& declared = *slot.declared;
   if (declared.isArray) return slot.array.GiveBack(locale);
-  if (slot.direct) return declared.type == VT_VARIANT ? MakeIndexable(*V_VARIANTREF(&slot.passed)) : S_OK;
-  if (slot.variable == nullptr) return S_OK;
+  if (declared.type == VT_VARIANT) {
+    // What the call left alone stays as it is, also when a script could not index it.
+    const VARIANT& now = *V_VARIANTREF(&slot.passed);
+    if (std::memcmp(&now, &slot.before, sizeof now) == 0) return S_OK;
+    if (slot.direct) return MakeIndexable(*V_VARIANTREF(&slot.passed));
+  }
+  if (slot.direct || slot.variable == nullptr) return S_OK;
   VARIANT& variable = *slot.variable;
   if ((V_VT(&variable) & VT_BYREF) == 0) {
     VARIANT old = variable;
@@ -214,18 +187,7 @@ HRESULT ArgumentList::GiveBackSlot(Slot& slot, LCID locale) {
     VariantClear(&old);
     return indexable;
   }
-  // A variable of another type: the value is converted into it.
-  const auto type = static_cast<VARTYPE>(V_VT(&variable) & ~VT_BYREF);
-  if ((type & VT_ARRAY) != 0) return DISP_E_TYPEMISMATCH;
-  OwnedVariant converted;
-  const HRESULT failed = ConvertScalar(slot.value.Value(), type, locale, converted.Get());
-  if (FAILED(failed)) return failed;
-  // They change places: what the variable had ends with `converted`.
-  auto* const into = static_cast<std::byte*>(V_BYREF(&variable));
-  auto* const from = static_cast<std::byte*>(StorageOf(converted.Get(), type));
-  std::swap_ranges(into, into + SizeOf(type), from);
-  if (type == VT_DECIMAL) V_VT(converted.Get()) = type;  // a decimal lies over the type tag
-  return S_OK;
+  return StoreThrough(variable, slot.value.Value(), locale);
 }
 
 }  // namespace orvo::com

@@ -33,10 +33,11 @@ class ArgumentList {
     ArrayArgument array;
     VARIANT* variable = nullptr;  // the caller's variable that gets the new value
     bool direct = false;          // the caller's own storage is passed
+    VARIANT before{};             // what a variant passed by reference held, bit by bit
     VARIANT passed{};             // what the member is called with
   };
 
-  HRESULT Assign();
+  HRESULT Assign(UINT* argument);
   HRESULT PrepareSlot(Slot& slot);
   HRESULT PrepareVariant(Slot& slot);
   HRESULT PrepareScalar(Slot& slot);

@@ -11,6 +11,10 @@ namespace orvo::com {
 // An optional variant: nothing when the caller left it out. An empty variable is a value.
 std::optional<Variant> OptionalValue(const VARIANT& value);
 
+// Hands a value to the caller's variant, or to the typed variable that it refers to. Errors 13 and 6 when it
+// does not fit that one; a variable stays as it was then.
+void PutVariable(const Variant& value, VARIANT* variable);
+
 // What a by-reference argument leads to. Error E_POINTER for null.
 template <class T>
 T& Referred(T* argument) {

@@ -39,6 +39,7 @@ void MoveIntoElement(VARIANT& value, VARTYPE type, void* element, ULONG size) no
 
 // Converts each element of `source` into a fresh array with the same bounds.
 HRESULT ConvertArray(SAFEARRAY* source, VARTYPE from, VARTYPE to, LCID locale, OwnedSafeArray& result) {
+  if (!IsElementKnown(from)) return DISP_E_TYPEMISMATCH;
   const ArrayBounds bounds = BoundsOf(source);
   OwnedSafeArray fresh(SafeArrayCreateVector(to, bounds.lower, bounds.count));
   if (fresh.Get() == nullptr) return E_OUTOFMEMORY;
@@ -106,6 +107,14 @@ HRESULT ConvertScalar(const VARIANT& source, VARTYPE type, LCID locale, VARIANT*
   const VARIANT& value = Dereferenced(source);
   if ((V_VT(&value) & VT_ARRAY) != 0 && type != VT_VARIANT) return DISP_E_TYPEMISMATCH;
   if (LeadsNowhere(value)) return DISP_E_TYPEMISMATCH;
+  if (type != VT_VARIANT && V_VT(&value) == VT_DISPATCH) {
+    // Its value is asked for by code of the object's own, which may give it up meanwhile.
+    OwnedVariant held;
+    VariantCopy(held.Get(), const_cast<VARIANT*>(&value));
+    return SUCCEEDED(VariantChangeTypeEx(target, held.Get(), locale, VARIANT_ALPHABOOL, type))
+               ? S_OK
+               : DISP_E_TYPEMISMATCH;
+  }
   const HRESULT failed = type == VT_VARIANT ? VariantCopyInd(target, const_cast<VARIANT*>(&value))
                                             : VariantChangeTypeEx(target, const_cast<VARIANT*>(&value), locale,
                                                                   VARIANT_ALPHABOOL, type);
@@ -115,26 +124,36 @@ HRESULT ConvertScalar(const VARIANT& source, VARTYPE type, LCID locale, VARIANT*
   return DISP_E_TYPEMISMATCH;
 }
 
+namespace {
+
+HRESULT MakeIndexableWithin(VARIANT& value, int depth) {
+  if ((V_VT(&value) & VT_ARRAY) == 0 || (V_VT(&value) & VT_BYREF) != 0) return S_OK;
+  if (V_ARRAY(&value) == nullptr || V_ARRAY(&value)->cDims != 1) return S_OK;
+  if (depth > DeepestNesting) return DISP_E_TYPEMISMATCH;
+  const auto type = static_cast<VARTYPE>(V_VT(&value) & VT_TYPEMASK);
+  if (ElementType(V_ARRAY(&value)) != type) return S_OK;  // it says two things of itself
+  if (type != VT_VARIANT) {
+    OwnedSafeArray converted;
+    const HRESULT failed = ConvertArray(V_ARRAY(&value), type, VT_VARIANT, LOCALE_NEUTRAL, converted);
+    if (FAILED(failed)) return failed;
+    SafeArrayDestroy(V_ARRAY(&value));
+    V_ARRAY(&value) = converted.Detach();
+    V_VT(&value) = VT_ARRAY | VT_VARIANT;
+    return S_OK;
+  }
+  const ArrayAccess<VARIANT> access(V_ARRAY(&value));
+  for (VARIANT& element : access.Elements()) {
+    const HRESULT failed = MakeIndexableWithin(element, depth + 1);
+    if (FAILED(failed)) return failed;
+  }
+  return S_OK;
+}
+
+}  // namespace
+
 HRESULT MakeIndexable(VARIANT& value) noexcept {
   try {
-    if ((V_VT(&value) & VT_ARRAY) == 0 || (V_VT(&value) & VT_BYREF) != 0) return S_OK;
-    if (V_ARRAY(&value) == nullptr || V_ARRAY(&value)->cDims != 1) return S_OK;
-    const auto type = static_cast<VARTYPE>(V_VT(&value) & VT_TYPEMASK);
-    if (type != VT_VARIANT) {
-      OwnedSafeArray converted;
-      const HRESULT failed = ConvertArray(V_ARRAY(&value), type, VT_VARIANT, LOCALE_NEUTRAL, converted);
-      if (FAILED(failed)) return failed;
-      SafeArrayDestroy(V_ARRAY(&value));
-      V_ARRAY(&value) = converted.Detach();
-      V_VT(&value) = VT_ARRAY | VT_VARIANT;
-      return S_OK;
-    }
-    const ArrayAccess<VARIANT> access(V_ARRAY(&value));
-    for (VARIANT& element : access.Elements()) {
-      const HRESULT failed = MakeIndexable(element);
-      if (FAILED(failed)) return failed;
-    }
-    return S_OK;
+    return MakeIndexableWithin(value, 0);
   } catch (...) {
     return CaughtResult();
   }
@@ -179,12 +198,12 @@ HRESULT ArrayArgument::TakeArray(VARIANT& value, const Parameter& declared, LCID
     return S_OK;
   }
   VARTYPE type = ElementType(*array);
+  const bool exact = IsSameElement(declared.type, type);
   if (type == VT_EMPTY) type = static_cast<VARTYPE>(V_VT(&value) & VT_TYPEMASK);
   BoundsOf(*array);
-  const bool exact = IsSameElement(declared.type, type);
-  // A script may give its variable another value while a call waits: an array inside a variable is filled at
-  // the end only, when it is looked at again.
-  if (exact && (isReference || !declared.isOut)) {
+  // A script may give its variable another value while the other arguments are taken or while the call waits:
+  // an array inside a variable is copied, and filled at the end, when the variable is looked at again.
+  if (exact && isReference) {
     direct_ = array;
     return S_OK;
   }
@@ -195,6 +214,7 @@ HRESULT ArrayArgument::TakeArray(VARIANT& value, const Parameter& declared, LCID
 }
 
 HRESULT ArrayArgument::TakeScriptArray(IDispatch& object, const Parameter& declared, LCID locale) {
+  scriptArray_ = ComPtr<IDispatch>(&object);  // what it answers with may be code that gives it up
   OwnedVariant length;
   HRESULT failed = GetNamed(object, L"length", length.Get());
   if (FAILED(failed)) return DISP_E_TYPEMISMATCH;
@@ -219,7 +239,6 @@ HRESULT ArrayArgument::TakeScriptArray(IDispatch& object, const Parameter& decla
   }
   copy_ = std::move(fresh);
   origin_ = Origin::ScriptArray;
-  scriptArray_ = ComPtr<IDispatch>(&object);
   return S_OK;
 }
 

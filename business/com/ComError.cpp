@@ -85,8 +85,7 @@ void RaiseForeign(HRESULT result) {
 }
 
 void RaiseForeign(HRESULT result, EXCEPINFO& info) {
-  if (result != DISP_E_EXCEPTION) RaiseForeign(result);
-  if (info.pfnDeferredFillIn != nullptr) info.pfnDeferredFillIn(&info);
+  if (result == DISP_E_EXCEPTION && info.pfnDeferredFillIn != nullptr) info.pfnDeferredFillIn(&info);
   std::string description = TextOf(info.bstrDescription);
   // A code of 16 bits is a classic number of the language that the object is written in.
   const std::int32_t number = info.wCode != 0 ? std::int32_t{info.wCode} : NumberOf(info.scode);
@@ -94,6 +93,7 @@ void RaiseForeign(HRESULT result, EXCEPINFO& info) {
   SysFreeString(info.bstrSource);
   SysFreeString(info.bstrHelpFile);
   info = {};
+  if (result != DISP_E_EXCEPTION) RaiseForeign(result);
   SetErrorInfo(0, nullptr);
   if (description.empty()) description = SystemText(ResultOf(number));
   throw AutomationError(number, std::move(description));

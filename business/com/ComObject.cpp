@@ -6,6 +6,13 @@ ULONG ComObject::AddReference() noexcept {
   return references_.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
+bool ComObject::TryAddReference() noexcept {
+  ULONG count = references_.load(std::memory_order_relaxed);
+  while (count != 0)
+    if (references_.compare_exchange_weak(count, count + 1, std::memory_order_relaxed)) return true;
+  return false;
+}
+
 ULONG ComObject::DropReference() noexcept {
   const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
   if (left != 0) return left;
@@ -17,7 +24,7 @@ ULONG ComObject::DropReference() noexcept {
     return 0;
   }
   try {
-    // The owner drops the last reference, unless it has found the object again by then.
+    // The owner drops this one reference.
     home->Platform().Post([this] { DropReference(); });
   } catch (...) {
     // Without memory for the message the object stays for ever: better than ending on the wrong thread.

@@ -27,6 +27,8 @@ class ComObject {
   virtual ~ComObject() = default;
 
   ULONG AddReference() noexcept;
+  // Fails when there is no reference any more.
+  bool TryAddReference() noexcept;
   ULONG DropReference() noexcept;
 
   ThreadHome& Home() const noexcept { return *home_; }
@@ -38,6 +40,7 @@ class ComObject {
   HRESULT Call(Body&& body) noexcept {
     if (!home_->IsCurrentThread()) return WrongThread();
     const Visit visit(*this);
+    SetErrorInfo(0, nullptr);  // what an earlier failure left behind is no text of this call
     try {
       if constexpr (std::same_as<std::invoke_result_t<Body>, HRESULT>) {
         return body();

@@ -25,7 +25,7 @@ HRESULT DeviceExport::ExtractValue(double CompiledAddress, VARIANT* Value, LONG 
   return Call([&] {
     Variant value = ValueOf(Referred(Value));
     device_->ExtractValue(CompiledAddress, value, Reserved);
-    PutValue(value, Value);
+    PutVariable(value, Value);
   });
 }
 

@@ -3,6 +3,7 @@
 #include "com/Bstr.h"
 #include "com/ComError.h"
 #include "com/DispatchDriver.h"
+#include "com/FacadeIdentity.h"
 #include "com/SlotDriver.h"
 
 #include <objbase.h>
@@ -26,6 +27,8 @@ constexpr std::int32_t NoSuchMember = 438;
 
 std::shared_ptr<CommunicationDriver> ImportDriver(const ComPtr<IUnknown>& object) {
   if (!object) return nullptr;
+  // The system's own objects are no drivers; one of them as the driver of its own spooler would never end.
+  if (OwnObject(object.Get())) RaiseRuntimeError(RuntimeError::TypeMismatch, "the object is no driver");
   if (auto driver = object.Query<::ICommunicationDriver>())
     return std::make_shared<SlotDriver>(std::move(driver));
   if (auto driver = object.Query<IDispatch>()) return std::make_shared<DispatchDriver>(std::move(driver));

@@ -7,7 +7,7 @@
 
 namespace orvo::com {
 
-DispatchSink::DispatchSink(IUnknown& sink, REFIID events) {
+DispatchSink::DispatchSink(IUnknown& sink, REFIID events) : identity_(&sink) {
   typed_ = SUCCEEDED(sink.QueryInterface(events, target_.PutVoid())) && target_;
   if (typed_) return;
   if (FAILED(sink.QueryInterface(__uuidof(IDispatch), target_.PutVoid())) || !target_)
@@ -101,6 +101,7 @@ void DispatchSink::Fire(DISPID event, Arguments& arguments) {
   SysFreeString(failure.bstrDescription);
   SysFreeString(failure.bstrSource);
   SysFreeString(failure.bstrHelpFile);
+  SetErrorInfo(0, nullptr);  // its text belongs to no call of ours
 }
 
 void ServerSink::DownloadFirmwareInProgress(std::int16_t Percent) {

@@ -28,7 +28,7 @@ class DispatchSink {
   virtual ~DispatchSink() = default;
 
   // The sink as the client knows it.
-  ComPtr<IUnknown> Identity() const { return target_.Query<IUnknown>(); }
+  const ComPtr<IUnknown>& Identity() const noexcept { return identity_; }
 
  protected:
   // The arguments of one event for this sink, in declared order.
@@ -56,6 +56,7 @@ class DispatchSink {
   void Fire(DISPID event, Arguments& arguments);
 
  private:
+  const ComPtr<IUnknown> identity_;
   ComPtr<IDispatch> target_;
   bool typed_ = false;
 };

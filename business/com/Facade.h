@@ -22,7 +22,10 @@ class Facade : public DispatchObject<Interface, IFacade, IProvideClassInfo2, Mor
   using Base = DispatchObject<Interface, IFacade, IProvideClassInfo2, More...>;
 
  public:
-  std::shared_ptr<AutomationObject> CoreObject() override { return weak_.lock(); }
+  std::shared_ptr<AutomationObject> CoreObject() override {
+    return this->Home().IsCurrentThread() ? weak_.lock() : nullptr;
+  }
+  bool TryHold() noexcept override { return this->TryAddReference(); }
 
   STDMETHODIMP GetClassInfo(ITypeInfo** result) override {
     if (result == nullptr) return E_POINTER;
@@ -34,7 +37,7 @@ class Facade : public DispatchObject<Interface, IFacade, IProvideClassInfo2, Mor
     *result = GUID_NULL;
     if (kind != GUIDKIND_DEFAULT_SOURCE_DISP_IID) return E_INVALIDARG;
     *result = SourceInterface();
-    return S_OK;
+    return *result == GUID_NULL ? E_FAIL : S_OK;
   }
 
  protected:
@@ -45,7 +48,8 @@ class Facade : public DispatchObject<Interface, IFacade, IProvideClassInfo2, Mor
   }
   ~Facade() override {
     // First of all: what the end of the core object calls must not find this facade any more.
-    if (const auto core = weak_.lock()) core->PutFacade(nullptr);
+    const auto core = weak_.lock();
+    if (core && core->Facade() == static_cast<IFacade*>(this)) core->PutFacade(nullptr);
   }
 
   // The core object, held for the length of the expression. Error 91 when it has ended.

@@ -27,13 +27,14 @@ bool Make(const std::shared_ptr<AutomationObject>& object, ComPtr<IUnknown>& fac
 std::shared_ptr<AutomationObject> OwnObject(IUnknown* object) {
   if (object == nullptr) return nullptr;
   ComPtr<IFacade> facade;
-  if (FAILED(object->QueryInterface(__uuidof(IFacade), facade.PutVoid()))) return nullptr;
+  if (FAILED(object->QueryInterface(__uuidof(IFacade), facade.PutVoid())) || !facade) return nullptr;
   return facade->CoreObject();
 }
 
 ComPtr<IUnknown> FacadeOfAny(const std::shared_ptr<AutomationObject>& object) {
   if (!object) return nullptr;
-  if (auto* facade = static_cast<IFacade*>(object->Facade())) return ComPtr<IUnknown>(facade);
+  auto* const facade = static_cast<IFacade*>(object->Facade());
+  if (facade != nullptr && facade->TryHold()) return ComPtr<IUnknown>::Adopt(facade);
   ComPtr<IUnknown> made;
   Make<KELDataItemFacade, orvo::KELDataItem>(object, made) ||
       Make<KELDataGroupFacade, orvo::KELDataGroup>(object, made) ||

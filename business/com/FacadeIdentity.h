@@ -12,7 +12,10 @@ namespace orvo::com {
 MIDL_INTERFACE("64df3710-7d24-4780-9ba4-47998269f657")
 IFacade : public IUnknown {
   // The core object behind the facade; null when it has ended.
+  // Only on the thread to which it belongs: elsewhere it counts as a foreign object.
   virtual std::shared_ptr<AutomationObject> CoreObject() = 0;
+  // Takes a reference unless the last one has gone: then the facade is on its way out.
+  virtual bool TryHold() noexcept = 0;
 };
 
 // The core object behind an interface pointer of ours, or null for a foreign object.

@@ -52,6 +52,7 @@ HRESULT KELDataGroupFacade::put_UpdateRate(LONG NewValue) {
 
 HRESULT KELDataGroupFacade::SyncRead(SAFEARRAY** Handles, SAFEARRAY** Values, SAFEARRAY** Errors) {
   return Call([&] {
+    Object()->RequireRunning();
     const SafeArray<std::int32_t> handles = ArrayArgumentOf<std::int32_t>(Handles);
     SafeArray<Variant> values = ArrayArgumentOf<Variant>(Values);
     SafeArray<std::int32_t> errors = ArrayArgumentOf<std::int32_t>(Errors);
@@ -66,6 +67,7 @@ HRESULT KELDataGroupFacade::SyncRead(SAFEARRAY** Handles, SAFEARRAY** Values, SA
 HRESULT KELDataGroupFacade::SyncReadAll(SAFEARRAY** Handles, SAFEARRAY** USERValues, SAFEARRAY** Errors) {
   return Call([&] {
     const std::shared_ptr<orvo::KELDataGroup> group = Object();
+    group->RequireRunning();
     const auto count = static_cast<std::size_t>(group->ItemCount());
     for (SAFEARRAY** const array : {Handles, USERValues, Errors})
       RequireRoom(array, count);
@@ -81,6 +83,7 @@ HRESULT KELDataGroupFacade::SyncReadAll(SAFEARRAY** Handles, SAFEARRAY** USERVal
 
 HRESULT KELDataGroupFacade::SyncWrite(SAFEARRAY** Handles, SAFEARRAY** USERValues, SAFEARRAY** Errors) {
   return Call([&] {
+    Object()->RequireRunning();
     const SafeArray<std::int32_t> handles = ArrayArgumentOf<std::int32_t>(Handles);
     SafeArray<std::int32_t> errors = ArrayArgumentOf<std::int32_t>(Errors);
     RequireRoom(Errors, handles.Size());
@@ -91,6 +94,7 @@ HRESULT KELDataGroupFacade::SyncWrite(SAFEARRAY** Handles, SAFEARRAY** USERValue
 
 HRESULT KELDataGroupFacade::SyncWriteAll(SAFEARRAY** Handles, SAFEARRAY** USERValues, SAFEARRAY** Errors) {
   return Call([&] {
+    Object()->RequireRunning();
     const SafeArray<std::int32_t> handles = ArrayArgumentOf<std::int32_t>(Handles);
     SafeArray<std::int32_t> errors = ArrayArgumentOf<std::int32_t>(Errors);
     RequireRoom(Errors, handles.Size());
@@ -101,6 +105,7 @@ HRESULT KELDataGroupFacade::SyncWriteAll(SAFEARRAY** Handles, SAFEARRAY** USERVa
 
 HRESULT KELDataGroupFacade::AsyncRead(SAFEARRAY** Handles, LONG* TransactionId) {
   return Call([&] {
+    Object()->RequireRunning();
     std::int32_t id = Referred(TransactionId);
     Object()->AsyncRead(ArrayArgumentOf<std::int32_t>(Handles), id);
     *TransactionId = id;
@@ -122,6 +127,7 @@ HRESULT KELDataGroupFacade::AsyncReadAll(LONG* TransactionId) {
 
 HRESULT KELDataGroupFacade::AsyncWrite(SAFEARRAY** Handles, SAFEARRAY** USERValues, LONG* TransactionId) {
   return Call([&] {
+    Object()->RequireRunning();
     std::int32_t id = Referred(TransactionId);
     Object()->AsyncWrite(ArrayArgumentOf<std::int32_t>(Handles), ArrayArgumentOf<Variant>(USERValues), id);
     *TransactionId = id;
@@ -130,6 +136,7 @@ HRESULT KELDataGroupFacade::AsyncWrite(SAFEARRAY** Handles, SAFEARRAY** USERValu
 
 HRESULT KELDataGroupFacade::AsyncWriteAll(SAFEARRAY** Handles, SAFEARRAY** USERValues, LONG* TransactionId) {
   return Call([&] {
+    Object()->RequireRunning();
     std::int32_t id = Referred(TransactionId);
     Object()->AsyncWriteAll(ArrayArgumentOf<std::int32_t>(Handles), ArrayArgumentOf<Variant>(USERValues), id);
     *TransactionId = id;

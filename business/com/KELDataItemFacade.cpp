@@ -7,12 +7,6 @@ namespace orvo::com {
 
 namespace {
 
-// Hands a value to the caller's variable: one that refers to another is followed.
-void PutVariable(const Variant& value, VARIANT* variable) {
-  VARIANT& target = const_cast<VARIANT&>(Dereferenced(*variable));
-  PutValue(value, &target);
-}
-
 bool WasGiven(const VARIANT* argument) {
   if (argument == nullptr) return false;
   const VARIANT& behind = Dereferenced(*argument);

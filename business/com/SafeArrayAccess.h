@@ -67,6 +67,10 @@ class ArrayAccess {
     const ArrayBounds bounds = BoundsOf(array_);
     void* data = nullptr;
     Require(SafeArrayAccessData(array_, &data));
+    if (data == nullptr && bounds.count > 0) {
+      SafeArrayUnaccessData(array_);
+      RaiseRuntimeError(RuntimeError::TypeMismatch, "the array has no elements behind its bounds");
+    }
     elements_ = {static_cast<Element*>(data), bounds.count};
   }
   ArrayAccess(const ArrayAccess&) = delete;

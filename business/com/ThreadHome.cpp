@@ -40,7 +40,7 @@ std::shared_ptr<ThreadHome> ThreadHome::Current() {
     if (auto home = homes.byThread[thread].lock()) return home;
     setup = homes.setup;
   }
-  auto home = std::make_shared<ThreadHome>(setup);
+  const std::shared_ptr<ThreadHome> home(new ThreadHome(setup), &ThreadHome::End);
   if (home->win32_ != nullptr) home->win32_->SetOwner(home);
   const std::lock_guard lock(homes.mutex);
   homes.byThread[thread] = home;
@@ -61,6 +61,18 @@ ThreadHome::~ThreadHome() {
   const auto own = homes.byThread.find(thread_);
   // The thread may have a new home by now, or its number a new thread.
   if (own != homes.byThread.end() && own->second.expired()) homes.byThread.erase(own);
+}
+
+void ThreadHome::End(ThreadHome* home) noexcept {
+  if (home->IsCurrentThread()) {
+    delete home;
+    return;
+  }
+  try {
+    home->Platform().Post([home] { delete home; });
+  } catch (...) {
+    // Without memory for the message it stays: its timers and its window belong to that thread.
+  }
 }
 
 bool ThreadHome::IsCurrentThread() const noexcept {

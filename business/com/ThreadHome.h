@@ -4,6 +4,7 @@
 // belongs to the thread on which it was made.
 #pragma once
 
+#include "com/ModuleCount.h"
 #include "com/TypeLibraries.h"
 #include "platform/Files.h"
 #include "platform/ThreadPlatform.h"
@@ -51,6 +52,10 @@ class ThreadHome : public std::enable_shared_from_this<ThreadHome> {
   void Leave() noexcept;
 
  private:
+  // A home whose last holder is on another thread ends on its own.
+  static void End(ThreadHome* home) noexcept;
+
+  ModuleLock lock_;  // goes last
   const unsigned long thread_;
   TypeLibraries types_;
   std::unique_ptr<ThreadPlatform> platform_;

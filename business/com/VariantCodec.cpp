@@ -77,12 +77,14 @@ Variant ConvertedArray(SAFEARRAY* array, Convert&& convert) {
   return SafeArray<Variant>(std::move(elements), BoundsOf(array).lower);
 }
 
-Variant ArrayValue(SAFEARRAY* array, VARTYPE declared) {
+Variant ArrayValue(SAFEARRAY* array, VARTYPE declared, int depth) {
+  if (depth > DeepestNesting) RaiseRuntimeError(RuntimeError::TypeMismatch, "arrays are nested too deeply");
   VARTYPE type = ElementType(array);
   if (type == VT_EMPTY) type = declared;
   switch (type) {
     case VT_VARIANT:
-      return ArrayOf<Variant>(array);
+      return ConvertedArray<VARIANT>(array,
+                                     [&](const VARIANT& element) { return ValueOf(element, depth + 1); });
     case VT_BOOL:  // the core carries booleans in arrays as values
       return ConvertedArray<VARIANT_BOOL>(array, [](VARIANT_BOOL element) { return Variant(element != 0); });
     case VT_DISPATCH:
@@ -142,14 +144,14 @@ const VARIANT& Dereferenced(const VARIANT& value) noexcept {
   return *current;
 }
 
-Variant ValueOf(const VARIANT& reference) {
+Variant ValueOf(const VARIANT& reference, int depth) {
   const VARIANT& value = Dereferenced(reference);
   const auto type = static_cast<VARTYPE>(V_VT(&value) & VT_TYPEMASK);
   const bool byReference = (V_VT(&value) & VT_BYREF) != 0;
   if (byReference && V_BYREF(&value) == nullptr)
     RaiseRuntimeError(RuntimeError::TypeMismatch, "a reference leads nowhere");
   if ((V_VT(&value) & VT_ARRAY) != 0)
-    return ArrayValue(byReference ? *V_ARRAYREF(&value) : V_ARRAY(&value), type);
+    return ArrayValue(byReference ? *V_ARRAYREF(&value) : V_ARRAY(&value), type, depth);
   switch (type) {
     case VT_EMPTY:
       return {};
@@ -238,6 +240,11 @@ DECIMAL Wire<Decimal>::Out(const Decimal& value) {
   element.Hi32 = value.high;
   element.Lo64 = value.low;
   return element;
+}
+
+bool IsElementKnown(VARTYPE type) noexcept {
+  if (type == VT_VARIANT || type == VT_BOOL || type == VT_DISPATCH || type == VT_UNKNOWN) return true;
+  return VisitType(type, [](auto) {});
 }
 
 bool IsSameElement(VARTYPE declared, VARTYPE actual) noexcept {

@@ -27,10 +27,13 @@ class ForeignObject final : public AutomationObject {
   ComPtr<IUnknown> object_;
 };
 
+// Arrays inside arrays beyond this depth are refused (13): they are circles, or made to break something.
+constexpr int DeepestNesting = 16;
+
 // The value behind a chain of references; `value` itself when it is none.
 const VARIANT& Dereferenced(const VARIANT& value) noexcept;
 
-Variant ValueOf(const VARIANT& value);
+Variant ValueOf(const VARIANT& value, int depth = 0);
 // Fills `target`, whose content is not looked at, with a fresh value; `target` is VT_EMPTY after a failure.
 void PutFresh(const Variant& value, VARIANT* target);
 // Replaces the content of `target`; it stays as it was after a failure.
@@ -91,6 +94,8 @@ struct Wire<Variant> {
 template <class T>
 constexpr VARTYPE WireType = static_cast<VARTYPE>(KindOf<T>::value);
 
+// Whether elements of this type have a value in the core.
+bool IsElementKnown(VARTYPE type) noexcept;
 // Whether an array declared with `declared` elements may hold `actual` ones: the same, or the machine integers
 // of the same size and sign.
 bool IsSameElement(VARTYPE declared, VARTYPE actual) noexcept;

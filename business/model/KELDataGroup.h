@@ -105,6 +105,9 @@ class KELDataGroup final : public AutomationObject, public RequestGroup {
   std::shared_ptr<KELDataGroup> Hold() const;
   ThreadPlatform& Platform() const noexcept { return platform_; }
   orvo::KELDataItems& Items() noexcept { return items_; }
+  // The guard of all reads and writes, for callers that look at their arguments first: errInvalidState "Server
+  // isn't running" unless communication is open.
+  void RequireRunning() const;
   // The server, or error 91 when it is gone.
   std::shared_ptr<ModelServer> RequireServer() const;
   void SetHandle(std::int32_t handle) noexcept { handle_ = handle; }

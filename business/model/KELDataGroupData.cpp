@@ -23,6 +23,11 @@ std::shared_ptr<ModelServer> KELDataGroup::RunningServer() const {
   return server;
 }
 
+void KELDataGroup::RequireRunning() const {
+  WithTrace(
+      OwnErrors::PassThrough, [&] { return Trace("RequireRunning"); }, [&] { RunningServer(); });
+}
+
 void KELDataGroup::RequireHandles(const SafeArray<std::int32_t>& handles) {
   for (const std::int32_t handle : handles.View())
     if (!items_.Find(handle)) items_.Item(handle);
