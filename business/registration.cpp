@@ -85,7 +85,14 @@ HRESULT WriteClass(HKEY root, const RegisteredClass& row, const std::wstring& li
   return S_OK;
 }
 
+// Whether the class is registered for another copy of this module.
+bool BelongsToAnotherCopy(HKEY root, const RegisteredClass& row) {
+  const std::wstring server = Read(root, L"CLSID\\" + TextOfId(row.id) + L"\\InprocServer32");
+  return !server.empty() && _wcsicmp(server.c_str(), ModulePath().c_str()) != 0;
+}
+
 HRESULT DeleteClass(HKEY root, const RegisteredClass& row) {
+  if (BelongsToAnotherCopy(root, row)) return S_OK;
   const std::wstring id = TextOfId(row.id);
   HRESULT outcome = S_OK;
   const auto note = [&](HRESULT result) {
@@ -139,21 +146,29 @@ HRESULT UnregisterLibrary(Registration where, REFGUID library) {
 
 }  // namespace
 
-HRESULT Register(Registration where, std::span<const RegisteredClass> classes, REFGUID library) {
+HRESULT Register(Registration where, std::span<const RegisteredClass> classes, REFGUID library) try {
   HRESULT outcome = RegisterLibrary(where);
   for (const RegisteredClass& row : classes)
     if (SUCCEEDED(outcome)) outcome = WriteClass(RootOf(where), row, TextOfId(library));
   if (FAILED(outcome)) Unregister(where, classes, library);
   return outcome;
+} catch (...) {
+  return E_OUTOFMEMORY;
 }
 
-HRESULT Unregister(Registration where, std::span<const RegisteredClass> classes, REFGUID library) {
-  HRESULT outcome = UnregisterLibrary(where, library);
+HRESULT Unregister(Registration where, std::span<const RegisteredClass> classes, REFGUID library) try {
+  // The type library is every copy's; it stays while another one needs it.
+  bool isShared = false;
+  HRESULT outcome = S_OK;
   for (const RegisteredClass& row : classes) {
+    isShared = isShared || BelongsToAnotherCopy(RootOf(where), row);
     const HRESULT deleted = DeleteClass(RootOf(where), row);
     if (SUCCEEDED(outcome)) outcome = deleted;
   }
-  return outcome;
+  const HRESULT libraryDeleted = isShared ? S_OK : UnregisterLibrary(where, library);
+  return FAILED(outcome) ? outcome : libraryDeleted;
+} catch (...) {
+  return E_OUTOFMEMORY;
 }
 
 HRESULT InstallModule(bool install, const wchar_t* commandLine, std::span<const RegisteredClass> classes,

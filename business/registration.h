@@ -21,7 +21,7 @@ enum class Registration { Machine, User };
 
 // `library` is the identifier of the type library that the module carries as resource 1.
 HRESULT Register(Registration where, std::span<const RegisteredClass> classes, REFGUID library);
-// What is not there any more is no failure.
+// What is not there any more is no failure; what another copy of the module has registered stays.
 HRESULT Unregister(Registration where, std::span<const RegisteredClass> classes, REFGUID library);
 
 // The exports of a module with this table. DllInstall takes the command line of regsvr32 /i: "user" registers
