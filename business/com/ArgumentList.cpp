@@ -90,17 +90,23 @@ HRESULT ArgumentList::PrepareSlot(Slot& slot) {
 HRESULT ArgumentList::PrepareVariant(Slot& slot) {
   VARIANT& value = const_cast<VARIANT&>(Dereferenced(*slot.given));
   if (!slot.declared->byReference) {
-    const HRESULT failed = ConvertScalar(value, VT_VARIANT, locale_, slot.value.Get());
+    HRESULT failed = ConvertScalar(value, VT_VARIANT, locale_, slot.value.Get());
+    if (SUCCEEDED(failed)) failed = UnfoldScriptArray(*slot.value.Get(), locale_);
     slot.passed = *slot.value.Get();
     return failed;
   }
-  if (V_VT(slot.given) == (VT_BYREF | VT_VARIANT) && (V_VT(&value) & VT_BYREF) == 0) {
+  const bool isReference = (V_VT(&value) & VT_BYREF) != 0;
+  if (V_VT(slot.given) == (VT_BYREF | VT_VARIANT) && !isReference) {
     slot.direct = true;
+    slot.before = value;
     V_BYREF(&slot.passed) = &value;
     return S_OK;
   }
+  // A typed array variable has no room for any value.
+  if (slot.declared->isOut && isReference && (V_VT(&value) & VT_ARRAY) != 0) return DISP_E_TYPEMISMATCH;
   const HRESULT failed = ConvertScalar(value, VT_VARIANT, locale_, slot.value.Get());
-  if ((V_VT(&value) & VT_BYREF) != 0) slot.variable = &value;
+  if (isReference) slot.variable = &value;
+  slot.before = slot.value.Value();
   V_BYREF(&slot.passed) = slot.value.Get();
   return failed;
 }

@@ -1,6 +1,7 @@
 #include "com/ArrayArgument.h"
 
 #include "com/Automation.h"
+#include "com/FacadeIdentity.h"
 #include "com/VariantCodec.h"
 
 #include <algorithm>
@@ -149,7 +150,71 @@ HRESULT MakeIndexableWithin(VARIANT& value, int depth) {
   return S_OK;
 }
 
+HRESULT UnfoldWithin(VARIANT& value, LCID locale, int depth);
+
+// The elements of an object with "length" and elements "0", "1", ...
+HRESULT ReadScriptArray(IDispatch& object, VARTYPE type, LCID locale, int depth, OwnedSafeArray& result) {
+  OwnedVariant length;
+  HRESULT failed = GetNamed(object, L"length", length.Get());
+  if (FAILED(failed)) return DISP_E_TYPEMISMATCH;
+  OwnedVariant count;
+  failed = ConvertScalar(length.Value(), VT_I4, locale, count.Get());
+  if (FAILED(failed) || V_I4(count.Get()) < 0 || V_I4(count.Get()) > LongestScriptArray)
+    return DISP_E_TYPEMISMATCH;
+  const auto size = static_cast<ULONG>(V_I4(count.Get()));
+  OwnedSafeArray fresh(SafeArrayCreateVector(type, 0, size));
+  if (fresh.Get() == nullptr) return E_OUTOFMEMORY;
+  {
+    const ArrayAccess<std::byte> out(fresh.Get());
+    for (ULONG i = 0; i < size; ++i) {
+      OwnedVariant element;
+      GetNamed(object, std::to_wstring(i), element.Get());  // an element that was never set is empty
+      OwnedVariant converted;
+      failed = ConvertScalar(element.Value(), type, locale, converted.Get());
+      if (SUCCEEDED(failed) && type == VT_VARIANT) failed = UnfoldWithin(*converted.Get(), locale, depth + 1);
+      if (FAILED(failed)) return failed;
+      const ULONG bytes = fresh.Get()->cbElements;
+      MoveIntoElement(*converted.Get(), type, out.Elements().data() + std::size_t{i} * bytes, bytes);
+    }
+  }
+  result = std::move(fresh);
+  return S_OK;
+}
+
+// Whether the object is a script's array rather than any other object: it has "length", and elements if it says
+// so.
+bool IsScriptArray(IDispatch& object) {
+  OwnedVariant length;
+  OwnedVariant count;
+  if (FAILED(GetNamed(object, L"length", length.Get())) ||
+      FAILED(ConvertScalar(length.Value(), VT_I4, LOCALE_NEUTRAL, count.Get())))
+    return false;
+  return V_I4(count.Get()) == 0 || IdOf(object, L"0", false) != DISPID_UNKNOWN;
+}
+
+HRESULT UnfoldWithin(VARIANT& value, LCID locale, int depth) {
+  if (V_VT(&value) != VT_DISPATCH || V_DISPATCH(&value) == nullptr) return S_OK;
+  const ComPtr<IDispatch> object(V_DISPATCH(&value));
+  if (OwnObject(object.Get()) || !IsScriptArray(*object.Get())) return S_OK;
+  if (depth > DeepestNesting) return DISP_E_TYPEMISMATCH;
+  OwnedSafeArray elements;
+  const HRESULT failed = ReadScriptArray(*object.Get(), VT_VARIANT, locale, depth, elements);
+  if (FAILED(failed)) return failed;
+  VariantClear(&value);
+  V_ARRAY(&value) = elements.Detach();
+  V_VT(&value) = VT_ARRAY | VT_VARIANT;
+  return S_OK;
+}
+
 }  // namespace
+
+HRESULT UnfoldScriptArray(VARIANT& value, LCID locale) noexcept {
+  try {
+    return UnfoldWithin(value, locale, 0);
+  } catch (...) {
+    return CaughtResult();
+  }
+}
 
 HRESULT MakeIndexable(VARIANT& value) noexcept {
   try {
@@ -215,31 +280,9 @@ HRESULT ArrayArgument::TakeArray(VARIANT& value, const Parameter& declared, LCID
 
 HRESULT ArrayArgument::TakeScriptArray(IDispatch& object, const Parameter& declared, LCID locale) {
   scriptArray_ = ComPtr<IDispatch>(&object);  // what it answers with may be code that gives it up
-  OwnedVariant length;
-  HRESULT failed = GetNamed(object, L"length", length.Get());
-  if (FAILED(failed)) return DISP_E_TYPEMISMATCH;
-  OwnedVariant count;
-  failed = ConvertScalar(length.Value(), VT_I4, locale, count.Get());
-  if (FAILED(failed) || V_I4(count.Get()) < 0 || V_I4(count.Get()) > LongestScriptArray)
-    return DISP_E_TYPEMISMATCH;
-  const auto size = static_cast<ULONG>(V_I4(count.Get()));
-  OwnedSafeArray fresh(SafeArrayCreateVector(declared.type, 0, size));
-  if (fresh.Get() == nullptr) return E_OUTOFMEMORY;
-  {
-    const ArrayAccess<std::byte> out(fresh.Get());
-    for (ULONG i = 0; i < size; ++i) {
-      OwnedVariant element;
-      GetNamed(object, std::to_wstring(i), element.Get());  // an element that was never set is empty
-      OwnedVariant converted;
-      failed = ConvertScalar(element.Value(), declared.type, locale, converted.Get());
-      if (FAILED(failed)) return failed;
-      const ULONG bytes = fresh.Get()->cbElements;
-      MoveIntoElement(*converted.Get(), declared.type, out.Elements().data() + std::size_t{i} * bytes, bytes);
-    }
-  }
-  copy_ = std::move(fresh);
-  origin_ = Origin::ScriptArray;
-  return S_OK;
+  const HRESULT failed = ReadScriptArray(object, declared.type, locale, 0, copy_);
+  if (SUCCEEDED(failed)) origin_ = Origin::ScriptArray;
+  return failed;
 }
 
 HRESULT ArrayArgument::TakeScalar(const VARIANT& value, const Parameter& declared, LCID locale) {

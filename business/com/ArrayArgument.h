@@ -43,6 +43,9 @@ class ArrayArgument {
 // at any depth.
 HRESULT MakeIndexable(VARIANT& value) noexcept;
 
+// A script's array object (JScript) in `value` becomes an array of variants, at any depth; everything else stays.
+HRESULT UnfoldScriptArray(VARIANT& value, LCID locale) noexcept;
+
 // `source`, references followed, converted to `type` into the empty `target`.
 HRESULT ConvertScalar(const VARIANT& source, VARTYPE type, LCID locale, VARIANT* target) noexcept;
 
