@@ -43,7 +43,8 @@ class ArrayArgument {
 // at any depth.
 HRESULT MakeIndexable(VARIANT& value) noexcept;
 
-// A script's array object (JScript) in `value` becomes an array of variants, at any depth; everything else stays.
+// A script's array object (JScript) in `value` becomes an array of variants, at any depth; everything else
+// stays.
 HRESULT UnfoldScriptArray(VARIANT& value, LCID locale) noexcept;
 
 // `source`, references followed, converted to `type` into the empty `target`.
