@@ -16,7 +16,7 @@ DriverExport::~DriverExport() {
   // An answer that is on its way through the message loop holds the driver. It stands on this thread's
   // platform, which stays until the loop has come past it.
   try {
-    Home().Platform().Post([home = Home().shared_from_this(), lock = std::make_shared<ModuleLock>()] {});
+    Home().Platform().Post([home = Home().shared_from_this()] {});
   } catch (...) {
     // Without memory for the message the answer is lost.
   }

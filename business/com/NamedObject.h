@@ -1,8 +1,10 @@
 // Calls of a foreign object by the names of its members.
 //
-// Names are looked up once. Arrays are passed by value as arrays of variants, at any depth: every language can
-// index those. Errors: 438 with the member's name for a member that the object has not got, the object's own
-// number and text for what it raises.
+// Names are looked up once. Arrays are passed by value as arrays of variants, at any depth, and variables as
+// references to variants: that is what every script can use. An object that refuses these (a member with
+// declared types, late bound) is called again with typed arrays and typed variables by reference. Errors: 438
+// with the member's name for a member that the object has not got, 13 and 450 for arguments that it refuses,
+// the object's own number and text for what it raises.
 #pragma once
 
 #include "com/ComPtr.h"
@@ -11,9 +13,9 @@
 
 #include <oaidl.h>
 
-#include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,10 +34,13 @@ class NamedObject {
 
    private:
     friend class NamedObject;
-    VARIANT& Append();
-
-    std::deque<OwnedVariant> owned_;
-    std::vector<VARIANT> passed_;
+    struct Argument {
+      Variant value;
+      ComPtr<IDispatch> object;
+      bool isObject = false;
+      VARIANT* variable = nullptr;
+    };
+    std::vector<Argument> list_;
   };
 
   explicit NamedObject(ComPtr<IDispatch> object) : object_(std::move(object)) {}
@@ -60,12 +65,20 @@ class NamedObject {
   }
 
  private:
-  DISPID IdOf(const wchar_t* name);
+  struct Member {
+    DISPID id = DISPID_UNKNOWN;
+    bool typed = false;  // it wants arguments of its declared types
+  };
+  // By name. Held by a call: the owner of this object may let go of it inside.
+  using Members = std::map<std::wstring, Member, std::less<>>;
+  class Call;
+
+  Member& Find(const wchar_t* name);
   void Invoke(const wchar_t* name, WORD flags, const Arguments& arguments, VARIANT* result);
   [[noreturn]] static void RaiseBadAnswer(const wchar_t* name, const AutomationError& error);
 
   const ComPtr<IDispatch> object_;
-  std::map<std::wstring, DISPID, std::less<>> ids_;
+  const std::shared_ptr<Members> members_ = std::make_shared<Members>();
 };
 
 }  // namespace orvo::com

@@ -13,7 +13,8 @@ namespace orvo::testing {
 
 namespace {
 
-enum class Way { Slot, Name };
+// Typed: by name, by a driver whose members have declared types.
+enum class Way { Slot, Name, Typed };
 
 std::string FailureOf(const std::function<void()>& call) {
   try {
@@ -30,8 +31,7 @@ class DriverImport : public ::testing::TestWithParam<Way> {
     if (BySlot())
       driver = com::ImportDriver(ComPtr<IUnknown>(new SlotRecorder(recorder)));
     else
-      driver = com::ImportDriver(ComPtr<IUnknown>(named = new NameRecorder(recorder)));
-    deviceAnswer = BySlot() ? I4(1) : Str("Device");
+      driver = com::ImportDriver(ComPtr<IUnknown>(NewNamed()));
   }
   ~DriverImport() override {
     driver.reset();
@@ -39,27 +39,36 @@ class DriverImport : public ::testing::TestWithParam<Way> {
   }
 
   static bool BySlot() { return GetParam() == Way::Slot; }
+  static bool WithTypedArrays() { return GetParam() != Way::Name; }
+  NameRecorder* NewNamed() const {
+    auto* const made = new NameRecorder(recorder);
+    made->typed = GetParam() == Way::Typed;
+    return made;
+  }
   std::shared_ptr<DeviceObject> NewDevice() {
-    recorder->answers["CreateDevice"] = deviceAnswer;
+    const ComPtr<IDispatch> late(BySlot() ? nullptr : NewNamed());
+    recorder->answers["CreateDevice"] = BySlot() ? I4(1) : Object(late.Get());
     const auto device = driver->CreateDevice("PanelB");
+    recorder->answers.erase("CreateDevice");
     recorder->Lines();
     return device;
   }
 
   const std::shared_ptr<Recorder> recorder = std::make_shared<Recorder>();
   std::shared_ptr<CommunicationDriver> driver;
-  NameRecorder* named = nullptr;
-  Value deviceAnswer;
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, DriverImport, ::testing::Values(Way::Slot, Way::Name),
-                         [](const auto& parameter) { return parameter.param == Way::Slot ? "Slot" : "Name"; });
+INSTANTIATE_TEST_SUITE_P(Ways, DriverImport, ::testing::Values(Way::Slot, Way::Name, Way::Typed),
+                         [](const auto& way) {
+                           if (way.param == Way::Slot) return "Slot";
+                           return way.param == Way::Name ? "Name" : "Typed";
+                         });
 
 TEST_P(DriverImport, EveryOperationArrivesWithItsArgumentsAndAnswers) {
   for (const Operation& operation : Operations()) {
     recorder->answers[operation.name] = operation.answer;
     EXPECT_EQ(operation.call(*driver), operation.result) << operation.name;
-    const std::string& arguments = BySlot() ? operation.bySlot : operation.byName;
+    const std::string& arguments = WithTypedArrays() ? operation.bySlot : operation.byName;
     EXPECT_EQ(recorder->Lines(), operation.name + (arguments.empty() ? "" : " ") + arguments);
   }
 }
@@ -112,8 +121,8 @@ TEST_P(DriverImport, WhatAnEarlierFailureLeftIsNoTextOfALaterOne) {
 TEST_P(DriverImport, LowerBoundsAreKept) {
   driver->ReadItems(SafeArray<double>(std::vector<double>{7}, 3),
                     SafeArray<std::int16_t>(std::vector<std::int16_t>{1}, -2));
-  EXPECT_EQ(recorder->Lines(),
-            BySlot() ? "ReadItems R8[3: 7], I2[-2: 1]" : "ReadItems Variant[3: R8:7], Variant[-2: I2:1]");
+  EXPECT_EQ(recorder->Lines(), WithTypedArrays() ? "ReadItems R8[3: 7], I2[-2: 1]"
+                                                 : "ReadItems Variant[3: R8:7], Variant[-2: I2:1]");
 }
 
 TEST_P(DriverImport, ReservedOperationsAreNotPassedOn) {
@@ -227,6 +236,16 @@ TEST(DispatchDriver, AMissingMemberIsNamed) {
             "438: Object doesn't support this property or method: BoardStatus");
   named->missing.clear();
   EXPECT_EQ(driver->BoardStatus(), 0);
+}
+
+TEST(DispatchDriver, RefusedArgumentsAreReportedWithTheMember) {
+  const auto recorder = std::make_shared<Recorder>();
+  const auto driver = com::ImportDriver(ComPtr<IUnknown>(new NameRecorder(recorder)));
+  recorder->failures["BaudRate="] = {DISP_E_TYPEMISMATCH, ""};
+  EXPECT_EQ(FailureOf([&] { driver->PutBaudRate(1); }), "13: Type mismatch: the arguments of BaudRate");
+  recorder->failures["BaudRate="] = {DISP_E_BADPARAMCOUNT, ""};
+  EXPECT_EQ(FailureOf([&] { driver->PutBaudRate(1); }),
+            "450: Wrong number of arguments or invalid property assignment: BaudRate");
 }
 
 TEST(DispatchDriver, ACodeOf16BitsIsTheNumber) {

@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace orvo::testing {
 
 namespace {
@@ -20,7 +22,8 @@ using com::ComPtr;
 class Library {
  public:
   Library() : module_(LoadLibraryA(ORVO_PANEL_LIBRARY)) {
-    EXPECT_NE(module_, nullptr) << ORVO_PANEL_LIBRARY << ": error " << GetLastError();
+    if (module_ == nullptr)
+      throw std::runtime_error(ORVO_PANEL_LIBRARY ": error " + std::to_string(GetLastError()));
   }
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;

@@ -59,6 +59,8 @@ HRESULT NameRecorder::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* ar
       return DISP_E_PARAMNOTFOUND;
     name += '=';
   }
+  // The value of ExtractValue is declared as a variant.
+  if (typed && name != "ExtractValue" && !IsTyped(*arguments)) return DISP_E_TYPEMISMATCH;
   std::string texts;
   for (UINT i = arguments->cArgs; i > 0; --i)
     texts += (texts.empty() ? "" : ", ") + Text(arguments->rgvarg[i - 1]);
@@ -71,10 +73,22 @@ HRESULT NameRecorder::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* ar
   return S_OK;
 }
 
+bool NameRecorder::IsTyped(const DISPPARAMS& arguments) {
+  return std::none_of(arguments.rgvarg, arguments.rgvarg + arguments.cArgs, [](const VARIANT& argument) {
+    return argument.vt == (VT_BYREF | VT_VARIANT) || (argument.vt & (VT_BYREF | VT_ARRAY)) == VT_ARRAY;
+  });
+}
+
 void NameRecorder::Take(const std::string& name, DISPPARAMS& arguments) {
   const auto give = [&](UINT index, const char* answer) {
     VARIANT& argument = arguments.rgvarg[arguments.cArgs - 1 - index];
-    if (argument.vt == (VT_BYREF | VT_VARIANT)) VariantCopy(argument.pvarVal, recorder_->answers[answer].Get());
+    VARIANT* const given = recorder_->answers[answer].Get();
+    if (argument.vt == (VT_BYREF | VT_VARIANT))
+      VariantCopy(argument.pvarVal, given);
+    else if (argument.vt == (VT_BYREF | VT_R8))
+      *argument.pdblVal = given->dblVal;
+    else if (argument.vt == (VT_BYREF | VT_I4))
+      *argument.plVal = given->lVal;
   };
   if (name == "CompileItemId") {
     give(1, "Address");
@@ -89,11 +103,6 @@ void NameRecorder::PutAnswer(const std::string& name, VARIANT* result) {
   Value answer;
   if (const auto found = recorder_->answers.find(name); found != recorder_->answers.end())
     answer = found->second;
-  // The answer "Device" makes a device that is called by name too.
-  if (name == "CreateDevice" && Text(answer) == "Str:\"Device\"") {
-    const ComPtr<IDispatch> device(new NameRecorder(recorder_));
-    answer = Object(device.Get());
-  }
   VariantCopy(result, answer.Get());
 }
 

@@ -15,6 +15,8 @@ class NameRecorder final : public IDispatch {
 
   // Members that it has not got.
   std::set<std::string> missing;
+  // Takes arrays and changed variables by reference only, as members with declared types do.
+  bool typed = false;
   // How often names were looked up.
   int lookups = 0;
 
@@ -29,6 +31,7 @@ class NameRecorder final : public IDispatch {
                       EXCEPINFO* failure, UINT* argument) override;
 
  private:
+  static bool IsTyped(const DISPPARAMS& arguments);
   void Take(const std::string& name, DISPPARAMS& arguments);
   void PutAnswer(const std::string& name, VARIANT* result);
 
