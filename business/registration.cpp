@@ -1,5 +1,6 @@
 #include "registration.h"
 
+#include "com/Bstr.h"
 #include "com/ComPtr.h"
 #include "com/TypeLibraries.h"
 
@@ -130,6 +131,10 @@ HRESULT UnregisterLibrary(Registration where, REFGUID library) {
 #else
   constexpr SYSKIND System = SYS_WIN32;
 #endif
+  // Where there is nothing, each system fails in its own way.
+  Bstr path;
+  if (FAILED(QueryPathOfRegTypeLib(library, LibraryMajor, LibraryMinor, LOCALE_NEUTRAL, path.Put())))
+    return S_OK;
   HRESULT result = E_NOTIMPL;
   if (where == Registration::Machine) {
     result = UnRegisterTypeLib(library, LibraryMajor, LibraryMinor, LOCALE_NEUTRAL, System);
