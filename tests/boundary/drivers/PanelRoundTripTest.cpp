@@ -134,11 +134,12 @@ TEST_P(PanelRoundTrip, ItemsOfEveryKindAreReadAndWritten) {
     SafeArray<std::int32_t> errors;
     story.Try("SyncWrite", [&] {
       group->SyncWrite({1, 2, 3, 4, 5, 6, 7},
-                       {std::int16_t{1}, std::int32_t{200}, std::int32_t{40000}, -70000.0, 1.5,
+                       {std::int16_t{1}, std::int32_t{200}, std::int32_t{40000}, 70000.0, 1.5,
                         Variant("\xC3\x84 b"), SafeArray<std::uint8_t>({1, 2, 3, 4, 5, 6})},
                        errors);
     });
     story.Note(LogText(errors));
+    EXPECT_EQ(LogText(errors), "[0,0,0,0,0,0,0]");
     story.Read(*group);
     story.panel.lock()->PutItemFault("WO104", 7);
     story.panel.lock()->PutItemFault("FL112", 10);
@@ -189,6 +190,14 @@ TEST_P(PanelRoundTrip, WholeGroups) {
         std::int32_t transaction = 0;
         story.Try("SyncReadAll", [&] { group->SyncReadAll(handles, values, errors); });
         story.Note(LogText(values) + ' ' + LogText(errors));
+        story.Try("SyncWriteAll", [&] {
+          group->SyncWriteAll({1, 2, 3, 4, 5, 6, 7},
+                              {std::int16_t{1}, std::int32_t{20}, std::int32_t{40000}, 70000.0, 2.5,
+                               Variant("block"), SafeArray<std::uint8_t>({9, 8, 7, 6, 5, 4})},
+                              errors);
+        });
+        story.Note(LogText(errors));
+        EXPECT_EQ(LogText(errors), "[0,0,0,0,0,0,0]");
         story.Try("AsyncReadAll", [&] { group->AsyncReadAll(transaction); });
         story.scene.Advance(2s);
         story.panel.lock()->CutLink(true);
