@@ -68,8 +68,9 @@ HRESULT ConnectionPoint::GetConnectionPointContainer(IConnectionPointContainer**
 }
 
 HRESULT ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) {
-  if (sink == nullptr || cookie == nullptr) return E_POINTER;
+  if (cookie == nullptr) return E_POINTER;
   *cookie = 0;
+  if (sink == nullptr) return E_POINTER;
   return Call([&] { *cookie = static_cast<DWORD>(port_.Advise(*sink)); });
 }
 

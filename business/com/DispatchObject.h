@@ -98,7 +98,9 @@ class DispatchObject : public Interface, public ISupportErrorInfo, public More..
   }
 
   STDMETHODIMP InterfaceSupportsErrorInfo(REFIID iid) override {
-    return iid == __uuidof(Interface) ? S_OK : S_FALSE;
+    const bool own =
+        iid == __uuidof(Interface) || ((iid == __uuidof(More)) || ...) || OtherFace(iid) != nullptr;
+    return own ? S_OK : S_FALSE;
   }
 
  protected:
