@@ -17,6 +17,9 @@ inline constexpr WORD Method = DISPATCH_METHOD;
 inline constexpr WORD Set = DISPATCH_PROPERTYPUT;
 inline constexpr WORD SetObject = DISPATCH_PROPERTYPUTREF;
 
+// The member that a call without a name means.
+inline constexpr DISPID DefaultMember = DISPID_VALUE;
+
 // What a call by name answered.
 struct Reply {
   HRESULT result = S_OK;

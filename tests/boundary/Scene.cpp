@@ -33,13 +33,13 @@ Scene::Scene() {
 Scene::~Scene() {
   server = nullptr;
   // What was posted holds whom it is for.
-  if (home_) Advance(1ms);
-  EXPECT_EQ(com::ModuleCount::Value(), 0) << "objects of the boundary are left";
+  if (home_) Platform().Advance(1ms);
   EXPECT_EQ(AutomationObject::LiveCount(), 0) << "objects of the system are left";
   if (home_) {
     EXPECT_EQ(Platform().TimersAlive(), 0U) << "a timer is left";
   }
   home_ = nullptr;
+  EXPECT_EQ(com::ModuleCount::Value(), 0) << "objects of the boundary are left";
   com::ThreadHome::Configure({});
   SetErrorInfo(0, nullptr);
   CoUninitialize();

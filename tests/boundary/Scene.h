@@ -8,6 +8,7 @@
 
 #include "ORVOBusiness_h.h"
 #include "boundary/Value.h"
+#include "com/ModuleCount.h"
 #include "com/ThreadHome.h"
 #include "platform/simulated/MemoryFiles.h"
 #include "platform/simulated/SimulatedPlatform.h"
@@ -50,6 +51,8 @@ class Scene {
 
   SimulatedPlatform& Platform() { return static_cast<SimulatedPlatform&>(home_->Platform()); }
   MemoryFiles& Files() { return static_cast<MemoryFiles&>(home_->FileSystem()); }
+  // Objects of the boundary that are alive, the thread's home (which the scene keeps) not counted.
+  std::int64_t ObjectsAlive() const { return com::ModuleCount::Value() - (home_ ? 1 : 0); }
   // Lets go of the thread's home; it must end with the last object then.
   std::weak_ptr<com::ThreadHome> DropHome();
 
