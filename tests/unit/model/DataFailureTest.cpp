@@ -14,7 +14,8 @@ using RequestFailures = DataFixture;
 
 // Every read and write of the group, by name.
 std::vector<std::pair<const char*, std::function<void(KELDataGroup&)>>> DataMethods() {
-  return {{"SyncRead",
+  return {{"the guard alone", [](KELDataGroup& group) { group.RequireRunning(); }},
+          {"SyncRead",
            [](KELDataGroup& group) {
              Values values;
              Handles errors;

@@ -93,6 +93,21 @@ TEST_F(EventSourceTest, NeverUsesACookieAgain) {
   EXPECT_EQ(cookies.size(), 100U);
 }
 
+TEST_F(EventSourceTest, ListsItsSinksWithTheirCookiesInOrderOfConnection) {
+  Source source;
+  const auto first = Make("a");
+  const auto third = Make("c");
+  const auto one = source.Advise(first);
+  const auto two = source.Advise(Make("b"));
+  const auto three = source.Advise(third);
+  source.Unadvise(two);
+  std::vector<std::pair<std::int32_t, std::shared_ptr<Sink>>> listed;
+  source.Visit(
+      [&](std::int32_t cookie, const std::shared_ptr<Sink>& sink) { listed.emplace_back(cookie, sink); });
+  EXPECT_EQ(listed,
+            (std::vector<std::pair<std::int32_t, std::shared_ptr<Sink>>>{{one, first}, {three, third}}));
+}
+
 TEST_F(EventSourceTest, RefusesACookieThatIsNotConnected) {
   Source source;
   const auto cookie = source.Advise(Make("a"));
