@@ -6,6 +6,7 @@
 #include "com/DriverImport.h"
 #include "com/KELDataServerFacade.h"
 #include "com/ModuleCount.h"
+#include "com/ModuleRuntime.h"
 #include "com/ThreadHome.h"
 #include "registration.h"
 #include "simulated/SimulatedPanel.h"
@@ -30,13 +31,13 @@ void AddDrivers(orvo::DriverRegistry& drivers) {
 
 }  // namespace
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
   if (reason == DLL_PROCESS_ATTACH) {
-    DisableThreadLibraryCalls(module);
     orvo::com::ThreadHome::Setup setup;
     setup.drivers = AddDrivers;
     orvo::com::ThreadHome::Configure(std::move(setup));
   }
+  if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) orvo::com::EndRuntimeWithModule();
   return TRUE;
 }
 

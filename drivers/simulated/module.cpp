@@ -5,6 +5,7 @@
 #include "com/ClassFactory.h"
 #include "com/DriverExport.h"
 #include "com/ModuleCount.h"
+#include "com/ModuleRuntime.h"
 #include "com/ThreadHome.h"
 #include "registration.h"
 #include "simulated/SimulatedPanel.h"
@@ -34,8 +35,8 @@ ComPtr<IUnknown> NewPanel() {
 
 }  // namespace
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
-  if (reason == DLL_PROCESS_ATTACH) DisableThreadLibraryCalls(module);
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
+  if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) orvo::com::EndRuntimeWithModule();
   return TRUE;
 }
 
