@@ -258,8 +258,11 @@ void ReplaceArray(SAFEARRAY** variable, OwnedSafeArray fresh) {
     *variable = fresh.Detach();
     return;
   }
+  const bool isFixed = IsFixedSize(old);
+  // A fixed array keeps its own lower bound and is filled by position.
   if (old->cDims == 1 && ElementType(old) == ElementType(fresh.Get()) &&
-      BoundsOf(old) == BoundsOf(fresh.Get())) {
+      BoundsOf(old).count == BoundsOf(fresh.Get()).count &&
+      (isFixed || BoundsOf(old) == BoundsOf(fresh.Get()))) {
     // The contents change places; what the caller had ends with `fresh`.
     const ArrayAccess<std::byte> into(old);
     const ArrayAccess<std::byte> from(fresh.Get());
@@ -267,7 +270,7 @@ void ReplaceArray(SAFEARRAY** variable, OwnedSafeArray fresh) {
     std::swap_ranges(into.Elements().data(), into.Elements().data() + bytes, from.Elements().data());
     return;
   }
-  if (IsFixedSize(old)) throw AutomationError(ArrayIsFixed, "This array is fixed or temporarily locked");
+  if (isFixed) throw AutomationError(ArrayIsFixed, "This array is fixed or temporarily locked");
   *variable = fresh.Detach();
   SafeArrayDestroy(old);
 }

@@ -127,8 +127,9 @@ OwnedSafeArray NewArray(const SafeArray<T>& values) {
   return array;
 }
 
-// Gives the caller's array variable the values: in place when type and bounds are the same, otherwise by a
-// fresh array. Error 10 for an array whose size is fixed; the variable stays as it was after a failure.
+// Gives the caller's array variable the values: in place when type and bounds are the same, or when the size is
+// fixed and the length is the same; otherwise by a fresh array. Error 10 for an array whose size is fixed and
+// not the right one; the variable stays as it was after a failure.
 void ReplaceArray(SAFEARRAY** variable, OwnedSafeArray fresh);
 
 }  // namespace orvo::com

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace orvo::testing {
 
@@ -17,6 +18,11 @@ class Value {
   Value() noexcept { VariantInit(&value_); }
   Value(const Value& other);
   Value& operator=(const Value& other);
+  Value(Value&& other) noexcept : Value() { std::swap(value_, other.value_); }
+  Value& operator=(Value&& other) noexcept {
+    std::swap(value_, other.value_);
+    return *this;
+  }
   ~Value() { VariantClear(&value_); }
 
   VARIANT* operator->() noexcept { return &value_; }
@@ -55,7 +61,7 @@ Value Unknown(IUnknown* object);
 Value Array(VARTYPE element, LONG lower, std::initializer_list<Value> elements);
 // An array of no elements that was never dimensioned.
 Value NoArray(VARTYPE element);
-// The array cannot be given other bounds any more.
+// The array cannot be given other bounds any more; a copy of the value can.
 Value FixedSize(Value array);
 
 // A variable: VARIANT by reference.

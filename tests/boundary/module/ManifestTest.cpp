@@ -45,6 +45,11 @@ TEST_F(ManifestTest, ServerIsCreatedByNameAndWorks) {
   Exchange(*server.Get(), *group.Get());
 }
 
+TEST_F(ManifestTest, ServerHasItsVersionedNameToo) {
+  const ManifestContext context;
+  EXPECT_TRUE(CreateByName<_KELDataServer>(L"ORVOBusiness.KELDataServer.1"));
+}
+
 TEST_F(ManifestTest, ServerTakesADriverThatOnlyItsManifestNames) {
   const ManifestContext context;
   const auto server = CreateByName<_KELDataServer>(Server);
