@@ -145,6 +145,7 @@ TEST_F(Boundary, TheLastReferenceMayGoOnAnotherThread) {
   scene.AddGroup({"WO100"});
   _KELDataServer* const server = scene.server.Detach();
   Elsewhere([&] { server->Release(); });
+  EXPECT_NE(AutomationObject::LiveCount(), 0) << "not there";
   // The object ends on its own thread, with the next messages.
   scene.Advance(1ms);
   EXPECT_EQ(AutomationObject::LiveCount(), 0);
