@@ -25,6 +25,15 @@ enum ItemTypeValue : std::int32_t {
   ItemTypeRaw = 3,
 };
 
+// What a raw number passes through on its way to the client value, for diagnosis. Empty where a step does not
+// apply: the first two for strings and raw bytes, the others unless the step changed the value.
+struct ClientValueSteps {
+  Variant decoded;      // the number in the item's words, least significant byte first
+  Variant extracted;    // what the device object cut out of it for the item
+  Variant withoutSign;  // of an item that is not signed: the same bits as a number that is not negative
+  Variant fromBCD;      // the number that its coded decimal digits stand for
+};
+
 class KELDataItem final : public AutomationObject, public RequestItem {
  public:
   explicit KELDataItem(ThreadPlatform& platform) : platform_(platform) {}
@@ -103,7 +112,8 @@ class KELDataItem final : public AutomationObject, public RequestItem {
   // code. Error 6 when the size field is outside 32 bits.
   std::int32_t DataSize() const;
   // USERValue without a trace: failures are raised as they are.
-  Variant ClientValue();
+  // `steps`, which may be null, gets what it passed through.
+  Variant ClientValue(ClientValueSteps* steps = nullptr);
   // The value to be converted and written for a client value, or an error (5, 6, 13, 94) when the item refuses
   // it.
   Variant CheckClientValue(const Variant& value) const;
@@ -120,7 +130,8 @@ class KELDataItem final : public AutomationObject, public RequestItem {
  private:
   std::shared_ptr<ModelServer> RunningServer() const;
   void DecodeBytes();
-  Variant ClientInteger();
+  Variant ExtractedNumber(ClientValueSteps* steps);
+  Variant ClientInteger(ClientValueSteps* steps);
   Variant ClientText() const;
   Variant CheckInteger(const Variant& value) const;
   Variant CheckText(const Variant& value) const;

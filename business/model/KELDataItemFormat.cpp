@@ -108,21 +108,17 @@ void KELDataItem::DecodeBytes() {
     dataValue_ = std::bit_cast<float>(LittleEndian(dataValue_.Bytes(), 4));
 }
 
-Variant KELDataItem::ClientValue() {
+Variant KELDataItem::ClientValue(ClientValueSteps* steps) {
   if (dataValue_.IsEmpty()) return {};
   // The device's extraction can come back in and let go of the item.
   const std::shared_ptr<AutomationObject> self = weak_from_this().lock();
   switch (itemType_) {
     case ItemTypeInteger:
-      return ClientInteger();
+      return ClientInteger(steps);
     case ItemTypeString:
       return ClientText();
-    case ItemTypeFloat: {
-      DecodeBytes();
-      Variant value = dataValue_;
-      ExtractDriverValue(value);
-      return value;
-    }
+    case ItemTypeFloat:
+      return ExtractedNumber(steps);
     case ItemTypeRaw:
       return dataValue_;
     default:
@@ -130,15 +126,28 @@ Variant KELDataItem::ClientValue() {
   }
 }
 
-Variant KELDataItem::ClientInteger() {
+Variant KELDataItem::ExtractedNumber(ClientValueSteps* steps) {
   DecodeBytes();
+  if (steps != nullptr) steps->decoded = dataValue_;
   Variant value = dataValue_;
   ExtractDriverValue(value);
+  if (steps != nullptr) steps->extracted = value;
+  return value;
+}
+
+Variant KELDataItem::ClientInteger(ClientValueSteps* steps) {
+  Variant value = ExtractedNumber(steps);
   if (!signed_ && ToR8(value) < 0) {
     const double range = std::ldexp(1.0, 8 * DataSize());
-    return range - 1 - static_cast<double>(~ToI4(value));
+    const Variant unsignedValue = range - 1 - static_cast<double>(~ToI4(value));
+    if (steps != nullptr) steps->withoutSign = unsignedValue;
+    return unsignedValue;
   }
-  if (bcd_) return DecodeBCD(ToI4(value));
+  if (bcd_) {
+    const Variant number = DecodeBCD(ToI4(value));
+    if (steps != nullptr) steps->fromBCD = number;
+    return number;
+  }
   return value;
 }
 

@@ -35,11 +35,12 @@ std::optional<std::string> Field(const std::vector<std::string>& fields, std::si
 
 }  // namespace
 
-void ConfigurationLoad::Step(const std::function<void()>& step) const {
-  if (ignoreErrors_)
-    Suppressed(step);
-  else
+void ConfigurationLoad::Step(std::size_t line, const std::function<void()>& step) const {
+  try {
     step();
+  } catch (...) {
+    failed_(line, CaughtError());
+  }
 }
 
 void ConfigurationLoad::Malformed(std::string_view section, const IniFile::Entry& entry,
@@ -96,7 +97,7 @@ bool ConfigurationLoad::Flag(std::string_view section, const IniFile::Entry& ent
 void ConfigurationLoad::ApplyParameter(std::string_view key,
                                        const std::function<void(const IniFile::Entry&)>& apply) const {
   const IniFile::Entry* entry = file_.Find(saved::CommunicationSection, key);
-  if (entry != nullptr) Step([&] { apply(*entry); });
+  if (entry != nullptr) Step(entry->line, [&] { apply(*entry); });
 }
 
 // With errors ignored the value is put and read back; what then differs from the file could not be set.
@@ -140,9 +141,9 @@ void ConfigurationLoad::ApplyParameters() {
 }
 
 void ConfigurationLoad::ApplyGroups() {
-  Step([&] { server_.KELDataGroups()->RemoveAll(); });
+  Step(0, [&] { server_.KELDataGroups()->RemoveAll(); });
   for (const IniFile::Entry& entry : file_.Entries(saved::GroupsSection))
-    Step([&] { ApplyGroup(entry); });
+    Step(entry.line, [&] { ApplyGroup(entry); });
 }
 
 // kept: the group is activated before it has items and before it has its update rate.
@@ -151,7 +152,7 @@ void ConfigurationLoad::ApplyGroup(const IniFile::Entry& entry) const {
   const std::shared_ptr<KELDataGroup> group = server_.KELDataGroups()->Add(entry.key);
   const std::vector<std::string> fields = Split(entry.value);
   const auto field = [&](std::size_t number, const std::function<void(const std::string&)>& apply) {
-    if (const std::optional<std::string> text = Field(fields, number)) Step([&] { apply(*text); });
+    if (const std::optional<std::string> text = Field(fields, number)) Step(entry.line, [&] { apply(*text); });
   };
   field(1, [&](const std::string& text) { group->PutActive(Flag(section, entry, text)); });
   field(2, [&](const std::string& text) { group->PutSubscribed(Flag(section, entry, text)); });
@@ -174,8 +175,8 @@ void ConfigurationLoad::ApplyItems() {
 
 void ConfigurationLoad::ApplyGroupItems(KELDataGroup& group, const std::string& section) const {
   for (const IniFile::Entry& entry : file_.Entries(section))
-    Step([&] { ApplyItem(group, section, entry); });
-  Step([&] {
+    Step(entry.line, [&] { ApplyItem(group, section, entry); });
+  Step(file_.SectionLine(section), [&] {
     const bool fits = WithTrace(
         OwnErrors::PassThrough, [&] { return ":Server.LoadConfigurationFromFile(FileName=" + fileName_; },
         [&] { return group.FitsDevice(); });

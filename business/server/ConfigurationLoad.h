@@ -1,8 +1,10 @@
 // Applies a saved configuration to a server, step by step.
 #pragma once
 
+#include "errors/AutomationError.h"
 #include "server/IniFile.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -17,10 +19,13 @@ class KELDataServer;
 
 class ConfigurationLoad {
  public:
-  // `fileName` is for error texts. With `ignoreErrors` the failure of a single key, group or item is passed
-  // over; otherwise the first one is raised and what was applied before it stays.
-  ConfigurationLoad(KELDataServer& server, const IniFile& file, std::string fileName, bool ignoreErrors)
-      : server_(server), file_(file), fileName_(std::move(fileName)), ignoreErrors_(ignoreErrors) {}
+  // Gets the failure of a single key, group or item and the line that it stands in (0: none). Where it returns,
+  // the failure is passed over; where it raises, the load ends there and what was applied before stays.
+  using Failed = std::function<void(std::size_t line, const AutomationError& error)>;
+
+  // `fileName` is for error texts.
+  ConfigurationLoad(KELDataServer& server, const IniFile& file, std::string fileName, Failed failed)
+      : server_(server), file_(file), fileName_(std::move(fileName)), failed_(std::move(failed)) {}
 
   void ApplyParameters();
   void ApplyGroups();
@@ -29,7 +34,7 @@ class ConfigurationLoad {
  private:
   struct ItemFields;
 
-  void Step(const std::function<void()>& step) const;
+  void Step(std::size_t line, const std::function<void()>& step) const;
   void ApplyReadBack(std::string_view key, const std::function<void(std::int32_t)>& put,
                      const std::function<std::int32_t()>& get, const char* failure) const;
   void ApplyParameter(std::string_view key, const std::function<void(const IniFile::Entry&)>& apply) const;
@@ -49,7 +54,7 @@ class ConfigurationLoad {
   KELDataServer& server_;
   const IniFile& file_;
   const std::string fileName_;
-  const bool ignoreErrors_;
+  const Failed failed_;
 };
 
 }  // namespace orvo

@@ -30,13 +30,26 @@ const IniFile::Section* IniFile::FindSection(std::string_view section) const {
   return found == index_.end() ? nullptr : &sections_[found->second];
 }
 
-IniFile::Section& IniFile::SectionNamed(std::string_view section) {
+std::vector<IniFile::SectionPlace> IniFile::Sections() const {
+  std::vector<SectionPlace> places;
+  places.reserve(sections_.size());
+  for (const Section& section : sections_)
+    places.push_back({section.name, section.line});
+  return places;
+}
+
+std::size_t IniFile::SectionLine(std::string_view section) const {
+  const Section* found = FindSection(section);
+  return found == nullptr ? 0 : found->line;
+}
+
+IniFile::Section& IniFile::SectionNamed(std::string_view section, std::size_t line) {
   const auto [found, added] = index_.try_emplace(std::string(section), sections_.size());
-  if (added) sections_.push_back({std::string(section), {}, {}});
+  if (added) sections_.push_back({std::string(section), line, {}, {}});
   return sections_[found->second];
 }
 
-IniFile IniFile::Parse(std::string_view text) {
+IniFile IniFile::Parse(std::string_view text, const PassedOver& passedOver) {
   constexpr std::string_view mark = "\xEF\xBB\xBF";
   std::string decoded;
   if (text.starts_with(mark)) text.remove_prefix(mark.size());
@@ -54,11 +67,14 @@ IniFile IniFile::Parse(std::string_view text) {
     line = TrimBlanks(line);
     if (line.empty() || line.front() == ';' || line.front() == '#') continue;
     if (line.front() == '[' && line.back() == ']') {
-      section = &file.SectionNamed(TrimBlanks(line.substr(1, line.size() - 2)));
+      section = &file.SectionNamed(TrimBlanks(line.substr(1, line.size() - 2)), number);
       continue;
     }
     const std::size_t equals = line.find('=');
-    if (section == nullptr || equals == std::string_view::npos) continue;
+    if (section == nullptr || equals == std::string_view::npos) {
+      if (passedOver) passedOver(number, line);
+      continue;
+    }
     Entry entry{std::string(TrimBlanks(line.substr(0, equals))),
                 std::string(TrimBlanks(line.substr(equals + 1))), number};
     section->index.try_emplace(entry.key, section->entries.size());

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,9 +25,20 @@ class IniFile {
   };
 
   IniFile() = default;
-  // Never fails: any text is an INI text. Linear in its length.
-  static IniFile Parse(std::string_view text);
+  struct SectionPlace {
+    std::string name;
+    std::size_t line;  // of its first header, counted from 1
+  };
+  // Told of each line that is passed over: its number and its text without outer blanks.
+  using PassedOver = std::function<void(std::size_t line, std::string_view text)>;
 
+  // Never fails: any text is an INI text. Linear in its length.
+  static IniFile Parse(std::string_view text, const PassedOver& passedOver = {});
+
+  // In the order of their first headers.
+  std::vector<SectionPlace> Sections() const;
+  // The line of a section's first header; 0 for an unknown section.
+  std::size_t SectionLine(std::string_view section) const;
   bool HasSection(std::string_view section) const { return FindSection(section) != nullptr; }
   // The first entry with this key, or null.
   const Entry* Find(std::string_view section, std::string_view key) const;
@@ -38,11 +50,12 @@ class IniFile {
  private:
   struct Section {
     std::string name;
+    std::size_t line;
     std::vector<Entry> entries;
     std::unordered_map<std::string, std::size_t> index;  // key -> first entry
   };
   const Section* FindSection(std::string_view section) const;
-  Section& SectionNamed(std::string_view section);
+  Section& SectionNamed(std::string_view section, std::size_t line);
 
   std::vector<Section> sections_;
   std::unordered_map<std::string, std::size_t> index_;  // name -> section

@@ -12,18 +12,24 @@
 #include "model/ModelServer.h"
 #include "platform/Files.h"
 #include "platform/ThreadPlatform.h"
+#include "server/ConfigurationProblem.h"
 #include "server/KELDataServerEvents.h"
 #include "spooler/DataRequests.h"
 #include "spooler/DriverRegistry.h"
 #include "values/AutomationObject.h"
 #include "values/EventSource.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvo {
+
+class IniFile;
 
 // What a server runs on. All three outlive it and everything that it hands out.
 struct ServerEnvironment {
@@ -86,6 +92,11 @@ class KELDataServer final : public AutomationObject, public ModelServer {
   // file that cannot be read (70, 75, 7), errInvalidFileFormat for one without "Communication Parameters".
   void LoadConfigurationFromFile(const std::string& FileName,
                                  const std::optional<Variant>& bIgnoreErrors = std::nullopt);
+  // Loads a file as LoadConfigurationFromFile does with failures passed over, and tells all that was passed
+  // over, in the order of the lines: what could not be applied, and what nothing reads. Raises errInvalidState
+  // "Server is running" while communication is open, and 53, 70, 75, 76 or 7 for a file that cannot be read:
+  // nothing changes then. Not part of the automation interface.
+  std::vector<ConfigurationProblem> CheckConfigurationFile(const std::string& FileName);
   // Writes the whole set-up to a file. Raises errInvalidState "Server not stopped" unless the status is 2, a
   // name that the format cannot carry (errInvalidName, errInvalidItemId), a property's failure, 61, 70, 75 or
   // 76 for a file that cannot be written. After a failure an existing file is as it was (a disk that
@@ -155,6 +166,8 @@ class KELDataServer final : public AutomationObject, public ModelServer {
   std::shared_ptr<CommunicationDriver> RequireDriver() const;
   template <class Question>
   auto FromDriver(Question&& question);
+  void ApplyConfiguration(const IniFile& file, const std::string& FileName,
+                          const std::function<void(std::size_t, const AutomationError&)>& failed);
   void RequireNotRunning() const;
   void RequireStopped() const;
   void DownloadWhatIsNeeded();

@@ -1,10 +1,13 @@
 // Saving and loading a configuration, and downloads on request.
 
 #include "errors/ErrorHandling.h"
+#include "server/ConfigurationCheck.h"
 #include "server/ConfigurationLoad.h"
 #include "server/KELDataServer.h"
 #include "server/SavedConfiguration.h"
 #include "values/VariantConversion.h"
+
+#include <algorithm>
 
 namespace orvo {
 
@@ -30,13 +33,38 @@ void KELDataServer::LoadConfigurationFromFile(const std::string& FileName,
   const bool ignoreErrors = WithTrace(
       OwnErrors::PassThrough, [&] { return ":Server.LoadConfigurationFromFile(FileName=" + FileName; },
       [&] { return !bIgnoreErrors.has_value() || ToBoolean(*bIgnoreErrors); });
-  const IniFile file = ReadConfiguration(environment_.files, FileName);
+  ApplyConfiguration(ReadConfiguration(environment_.files, FileName), FileName,
+                     [&](std::size_t /*line*/, const AutomationError& error) {
+                       if (!ignoreErrors) throw error;
+                     });
+}
+
+std::vector<ConfigurationProblem> KELDataServer::CheckConfigurationFile(const std::string& FileName) {
+  const std::shared_ptr<KELDataServer> self = Hold();
+  RequireNotRunning();
+  const std::string text = environment_.files.ReadWhole(FileName);
+  std::vector<ConfigurationProblem> problems = UnreadParts(text);
+  const auto failed = [&](std::size_t line, const AutomationError& error) {
+    problems.push_back({line, error.Number(), error.Description()});
+  };
+  try {
+    ApplyConfiguration(IniFile::Parse(text), FileName, failed);
+  } catch (...) {
+    failed(0, CaughtError());
+  }
+  std::stable_sort(problems.begin(), problems.end(),
+                   [](const auto& left, const auto& right) { return left.line < right.line; });
+  return problems;
+}
+
+void KELDataServer::ApplyConfiguration(const IniFile& file, const std::string& FileName,
+                                       const ConfigurationLoad::Failed& failed) {
   Suppressed([&] { RequireDriver()->SetConfigurationMode(); });
   // kept: the configuration file's name becomes the project name, and with it the base of the download file
   // names.
   Suppressed([&] { RequireDriver()->PutProjectName(FileName); });
   if (!file.HasSection(saved::CommunicationSection)) RaiseDataError(errInvalidFileFormat, FileName);
-  ConfigurationLoad load(*this, file, FileName, ignoreErrors);
+  ConfigurationLoad load(*this, file, FileName, failed);
   load.ApplyParameters();
   load.ApplyGroups();
   load.ApplyItems();

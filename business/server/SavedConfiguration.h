@@ -8,6 +8,8 @@
 
 #include "server/IniFile.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -32,6 +34,13 @@ inline constexpr const char* WordIOKey = "QZPar1";
 inline constexpr const char* TimeoutKey = "QZPar2";
 inline constexpr const char* AutoDownloadFirmwareKey = "AutoDownloadFirmware";
 inline constexpr const char* AutoDownloadProjectKey = "AutoDownloadProject";
+// In the order of the file.
+inline constexpr std::array<std::string_view, 8> ParameterKeys{
+    BaudRateKey, ComPortNumberKey, DeviceTypeKey,           DeviceNameKey,
+    WordIOKey,   TimeoutKey,       AutoDownloadFirmwareKey, AutoDownloadProjectKey};
+// Fields of a value: of a group, and of an item with its identifier.
+inline constexpr std::size_t GroupFields = 5;
+inline constexpr std::size_t ItemFields = 8;
 
 }  // namespace saved
 

@@ -157,6 +157,31 @@ TEST_F(ItemReadFormat, BcdAppliesToTheExtractedValueAndRoundsIt) {
   EXPECT_EQ(Client(Word(8)), "I4:1234");
 }
 
+TEST_F(ItemReadFormat, EachStepOfAConversionCanBeSeen) {
+  const auto steps = [&](const Variant& raw) {
+    ClientValueSteps seen;
+    item->SetDATAValue(raw);
+    const std::string client = LogText(item->ClientValue(&seen));
+    return LogText(seen.decoded) + " " + LogText(seen.extracted) + " " + LogText(seen.withoutSign) + " " +
+           LogText(seen.fromBCD) + " " + client;
+  };
+  item = AddItem("WO1", ItemTypeInteger, 1);
+  EXPECT_EQ(steps(Word(0xFFFE)), "I2:-2 I2:-2 R8:65534 Empty R8:65534");
+  item->PutSigned(true);
+  EXPECT_EQ(steps(Word(0xFFFE)), "I2:-2 I2:-2 Empty Empty I2:-2");
+  item->PutBCD(true);
+  EXPECT_EQ(steps(Word(0x0018)), "I2:24 I2:24 Empty I4:28 I4:28");
+  item = AddItem("BI1", ItemTypeInteger, 1);
+  Device().extract = [](double, Variant& value) { value = I2(value.Get<std::int16_t>() >> 3 & 1); };
+  EXPECT_EQ(steps(Word(8)), "I2:8 I2:1 Empty Empty I2:1");
+  Device().extract = {};
+  item = AddItem("FL1", ItemTypeFloat, 2);
+  EXPECT_EQ(steps(DoubleWord(0xC0200000)), "R4:-2.5 R4:-2.5 Empty Empty R4:-2.5");
+  item = AddItem("ST000012", ItemTypeString, 1);
+  EXPECT_EQ(steps(Bytes({65, 66})), "Empty Empty Empty Empty String:\"AB\"");
+  EXPECT_EQ(steps(Variant()), "Empty Empty Empty Empty Empty");
+}
+
 TEST_F(ItemReadFormat, OtherWordLengthsLeaveTheArrayToTheDevice) {
   for (const std::int32_t words : {-1, 0, 3, 4}) {
     SCOPED_TRACE(words);
