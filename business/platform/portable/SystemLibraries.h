@@ -1,0 +1,25 @@
+// Libraries of the dynamic linker. Not for Windows, where drivers are COM classes.
+#pragma once
+
+#include "platform/LibraryLoader.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+class SystemLibraries final : public LibraryLoader {
+ public:
+  std::string Ending() const override { return ".so"; }
+  std::vector<std::string> LibrariesIn(const std::string& folder) const override;
+  // Every symbol is bound at once, so that a library that lacks something fails here and not in a call. Its own
+  // symbols are not offered to other libraries: each has its own copy of what it is linked with.
+  const Library& Load(const std::string& path) override;
+
+ private:
+  std::map<std::string, std::unique_ptr<const Library>> loaded_;  // by path
+};
+
+}  // namespace orvo
