@@ -1,0 +1,79 @@
+#!/bin/bash
+# What an installation is good for: installs a build into an empty folder, and builds and runs clients and a driver with
+# what is there; the Debian package of it too.
+# Usage: install_test.sh BUILD_FOLDER SAMPLES_FOLDER SCRATCH_FOLDER
+set -u -o pipefail
+build=$1
+samples=$2
+scratch=$3
+
+fail() {
+  echo "FAILED: $*" >&2
+  exit 1
+}
+
+# expect WHAT PATTERN TEXT
+expect() {
+  grep -qE -- "$2" <<<"$3" || fail "$1: nothing like '$2' in: $3"
+  echo "ok: $1"
+}
+
+rm -rf "$scratch"
+mkdir -p "$scratch"
+cd "$scratch" || exit 1
+unset ORVO_DRIVER_PATH
+export PKG_CONFIG_PATH=
+
+cmake --install "$build" --prefix "$scratch/first" >install.log || fail "the installation"
+# Everything must be found from where it is now: nothing may remember where it was built or first put.
+mv first moved
+prefix=$scratch/moved
+lib=$(dirname "$(find "$prefix" -name liborvobusiness.a)")
+[ -n "$lib" ] || fail "no library"
+PATH=$prefix/bin:$PATH
+
+cp -r "$samples/cpp-linux" "$samples/driver" .
+output=$(cmake -G Ninja -S cpp-linux -B client -DCMAKE_BUILD_TYPE=Debug -DCMAKE_PREFIX_PATH="$prefix" 2>&1 && cmake --build client 2>&1) ||
+  fail "the client by find_package: $output"
+output=$(cd cpp-linux && ../client/first_client 2>&1)
+expect "the client by find_package runs to its end" '^DONE$' "$output"
+expect "the client reads what it wrote" '^Speed  1500$' "$output"
+expect "the client sees the change" '^changed: item 1 is 1500$' "$output"
+
+output=$(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs orvobusiness) || fail "pkg-config"
+# Its words are meant to be split.
+# shellcheck disable=SC2086
+c++ cpp-linux/FirstClient.cpp $output -o by_pkg_config || fail "the client by pkg-config ($output)"
+expect "the client by pkg-config runs to its end" '^DONE$' "$(cd cpp-linux && ../by_pkg_config 2>&1)"
+expect "pkg-config knows the version" '^[0-9]+\.[0-9]+\.[0-9]+$' "$(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --modversion orvobusiness)"
+
+output=$(cmake -G Ninja -S driver -B driver/build -DCMAKE_BUILD_TYPE=Debug -DCMAKE_PREFIX_PATH="$prefix" 2>&1 &&
+  cmake --build driver/build 2>&1) || fail "the driver: $output"
+expect "the client finds the installed driver" 'SimulatedPanel\.Channel.*built in' "$(orvo drivers)"
+expect "the client names the folder of installed drivers" "$lib/orvobusiness/drivers" "$(orvo drivers)"
+export ORVO_DRIVER_PATH=$scratch/driver/build
+expect "the client finds the new driver" 'Sample\.Channel' "$(orvo drivers)"
+bash driver/check.sh >kit.log 2>&1 || fail "the driver test kit: $(cat kit.log)"
+expect "the driver passes the test kit" '[1-9][0-9]* passed, 0 failed' "$(cat kit.log)"
+sed 's/^#.*//' driver/README.md | grep -q orvo-driver-test || fail "the driver's README does not tell how to check it"
+
+[ -f "$prefix/share/bash-completion/completions/orvo" ] || fail "no completion for bash"
+[ -f "$prefix/share/zsh/vendor-completions/_orvo" ] || fail "no completion for zsh"
+[ -f "$prefix/share/fish/vendor_completions.d/orvo.fish" ] || fail "no completion for fish"
+for command in $(orvo --help | sed -n '/SUBCOMMANDS/,$p; /[Ss]ubcommands:/,$p' | awk '/^  [a-z]/ { print $1 }' | sort -u); do
+  grep -q "^\.SS .*$command\|^\.B.* $command" "$prefix/share/man/man1/orvo.1" || fail "the manual page does not tell of '$command'"
+done
+echo "ok: the manual page tells of each command"
+
+# A package for a test is not compressed well.
+cpack --config "$build/CPackConfig.cmake" -B "$scratch/package" -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip >cpack.log 2>&1 ||
+  fail "the Debian package: $(cat cpack.log)"
+deb=$(find package -maxdepth 1 -name '*.deb')
+expect "the package is named as Debian names packages" '^package/orvobusiness_[0-9.]+_[a-z0-9]+\.deb$' "$deb"
+expect "the package names what it needs" 'libc6' "$(dpkg-deb -f "$deb" Depends)"
+dpkg-deb -x "$deb" root || fail "the package cannot be unpacked"
+output=$(root/usr/bin/orvo read WO104:signed) || fail "the packaged client: $output"
+expect "the packaged client reads" 'WO104' "$output"
+[ ! -e root/usr/local ] || fail "the package puts files into /usr/local"
+cd / && rm -rf "$scratch"
+echo "DONE"
