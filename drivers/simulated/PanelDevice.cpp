@@ -23,6 +23,7 @@ std::optional<std::int16_t> FromGroupImage(PanelItemKind kind, double number) {
 bool PanelDevice::CompileItemId(const std::string& ItemId, double& CompiledAddress, std::int32_t& WordLength,
                                 std::int32_t& ItemType) {
   const PanelIdentifier identifier = PanelIdentifier::Parse(ItemId);
+  if (faults_ && faults_->RefusesItem(identifier.address.Encode())) return false;
   CompiledAddress = identifier.address.Encode();
   WordLength = identifier.wordLength;
   ItemType = identifier.itemType;

@@ -1,14 +1,23 @@
 // The panel's device object: compiles identifiers and isolates bits and bytes. Identifiers and compiled
-// addresses are described in PanelAddress.h. Holds no state; independent of the panel that made it.
+// addresses are described in PanelAddress.h. Shares the faults of the panel that made it and is otherwise
+// independent of it.
 #pragma once
 
+#include "simulated/PanelFaults.h"
 #include "spooler/CommunicationDriver.h"
+
+#include <memory>
+#include <utility>
 
 namespace orvo {
 
 class PanelDevice : public DeviceObject {
  public:
-  // True, or error 10 with a text that names the identifier, what is wrong with it and the right form.
+  // Null: without faults.
+  explicit PanelDevice(std::shared_ptr<PanelFaults> faults = nullptr) : faults_(std::move(faults)) {}
+
+  // True, False when a fault refuses the item, or error 10 with a text that names the identifier, what is wrong
+  // with it and the right form.
   bool CompileItemId(const std::string& ItemId, double& CompiledAddress, std::int32_t& WordLength,
                      std::int32_t& ItemType) override;
   // For a bit or byte item the kind of the value tells where it comes from:
@@ -19,6 +28,9 @@ class PanelDevice : public DeviceObject {
   // out or taken is a 16-bit integer. A fraction, a number beyond 32 bits and a value of any other kind stay,
   // and so do other items' values. Error 10 for a compiled address that is none.
   void ExtractValue(double CompiledAddress, Variant& Value, std::int32_t Reserved) override;
+
+ private:
+  const std::shared_ptr<PanelFaults> faults_;
 };
 
 }  // namespace orvo

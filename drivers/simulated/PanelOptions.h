@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -34,6 +35,23 @@ struct PanelOptions {
   std::int16_t majorVersion = 1;
   std::int16_t minorVersion = 0;
   std::string description = "Simulated panel driver";
+
+  // What the properties that can be put answer until they are.
+  std::int32_t baudRate = 9600;
+  std::int32_t comPortNumber = 1;
+  std::int32_t networkType = 0;
+  std::int16_t wordIO = 0;
+  std::int16_t timeout = 1000;
+  std::string projectName;
+
+  // Fixed answers; nothing: as the panel finds it.
+  std::optional<std::int32_t> boardStatus;
+  std::optional<std::int32_t> communicationStatus;
+  std::optional<bool> firmwareDownloadNeeded;
+  std::optional<bool> projectDownloadNeeded;
+
+  // A panel script (PanelScript.h) that is applied when the panel is made; empty: none.
+  std::string script;
 };
 
 }  // namespace orvo

@@ -2,11 +2,8 @@
 
 #include "errors/AutomationError.h"
 #include "errors/modConstant.h"
-#include "simulated/PanelAddress.h"
-#include "simulated/PanelDevice.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 #include <utility>
 
@@ -14,13 +11,15 @@ namespace orvo {
 
 namespace {
 
-constexpr std::array<std::int32_t, 10> BaudRates{300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
+constexpr std::string_view OptionsScriptName = "PanelOptions::script";
 
 }  // namespace
 
 void RegisterSimulatedPanel(DriverRegistry& registry, PanelOptions options,
                             std::function<void(std::shared_ptr<SimulatedPanel>)> made) {
-  static_cast<void>(PanelSignals(options.signals));  // a wrong one fails here, not at each making
+  // What is wrong fails here, not at each making.
+  static_cast<void>(PanelSignals(options.signals));
+  static_cast<void>(PanelScript::Parse(OptionsScriptName, options.script));
   registry.Register(SimulatedPanel::ProgId,
                     [options = std::move(options), made = std::move(made)](DriverHost host) {
                       auto panel = SimulatedPanel::Make(host, options);
@@ -36,25 +35,18 @@ std::shared_ptr<SimulatedPanel> SimulatedPanel::Make(DriverHost host, PanelOptio
 SimulatedPanel::SimulatedPanel(Passkey /*key*/, DriverHost host, PanelOptions options)
     : platform_(host.platform),
       files_(host.files),
-      signals_(options.signals),
-      options_(std::move(options)),
-      lastTick_(platform_.TickCount()) {}
+      made_(std::move(options)),
+      options_(made_),
+      signals_(made_.signals),
+      faults_(std::make_shared<PanelFaults>()),
+      lastTick_(platform_.TickCount()) {
+  if (!made_.script.empty()) Apply(PanelScript::Parse(OptionsScriptName, made_.script));
+}
 
 SimulatedPanel::~SimulatedPanel() {
   StopTimer();
-}
-
-void SimulatedPanel::PutItemFault(const std::string& identifier, std::int32_t error) {
-  const double address = PanelIdentifier::Parse(identifier).address.Encode();
-  if (error == 0)
-    itemFaults_.erase(address);
-  else
-    itemFaults_.insert_or_assign(address, error);
-}
-
-void SimulatedPanel::CutLink(bool cut) noexcept {
-  cut_ = cut;
-  if (cut && request_) request_->lost = true;
+  for (const auto& [timerId, completion] : lateAnswers_)
+    platform_.KillTimer(timerId);
 }
 
 int SimulatedPanel::Definitions(std::int32_t groupId) const {
@@ -69,7 +61,7 @@ void SimulatedPanel::RequireClosed(std::string_view what) const {
   if (open_) throw AutomationError(PanelWrongState, std::string(what) + " while communication is open");
 }
 
-void SimulatedPanel::Tell(const std::function<void(IEventNotify&)>& call) {
+void SimulatedPanel::Tell(const Completion& call) {
   const std::shared_ptr<IEventNotify> sink = sink_;  // the handler may replace it
   if (!sink) return;
   try {
@@ -80,12 +72,12 @@ void SimulatedPanel::Tell(const std::function<void(IEventNotify&)>& call) {
 }
 
 void SimulatedPanel::SetEventSink(std::shared_ptr<IEventNotify> Sink) {
-  faults_.Enter(PanelOperation::SetEventSink);
+  faults_->Enter(PanelOperation::SetEventSink);
   sink_ = std::move(Sink);
 }
 
 void SimulatedPanel::OpenCommunication(bool Open) {
-  faults_.Enter(PanelOperation::OpenCommunication);
+  faults_->Enter(PanelOperation::OpenCommunication);
   if (!Open) throw AutomationError(PanelBadValue, "OpenCommunication takes true only");
   if (downloading_) throw AutomationError(PanelWrongState, "OpenCommunication inside a download");
   open_ = true;
@@ -93,70 +85,75 @@ void SimulatedPanel::OpenCommunication(bool Open) {
 }
 
 void SimulatedPanel::CloseCommunication() {
-  faults_.Enter(PanelOperation::CloseCommunication);
+  faults_->Enter(PanelOperation::CloseCommunication);
   if (!std::exchange(open_, false) || !request_) return;
+  if (request_->plan.Is(PanelFaultAction::Never)) {
+    request_.reset();
+    return;
+  }
   request_->lost = true;
   StopTimer();
   PostAnswer();
 }
 
 float SimulatedPanel::BootVersion() {
-  faults_.Enter(PanelOperation::BootVersion);
+  faults_->Enter(PanelOperation::BootVersion);
   return options_.bootVersion;
 }
 
 std::string SimulatedPanel::BootDate() {
-  faults_.Enter(PanelOperation::BootDate);
+  faults_->Enter(PanelOperation::BootDate);
   return options_.bootDate;
 }
 
 float SimulatedPanel::FirmwareVersion() {
-  faults_.Enter(PanelOperation::FirmwareVersion);
+  faults_->Enter(PanelOperation::FirmwareVersion);
   return options_.firmwareVersion;
 }
 
 std::string SimulatedPanel::BoardDescription() {
-  faults_.Enter(PanelOperation::BoardDescription);
+  faults_->Enter(PanelOperation::BoardDescription);
   return options_.boardDescription;
 }
 
 std::int32_t SimulatedPanel::BoardStatus() {
-  faults_.Enter(PanelOperation::BoardStatus);
+  faults_->Enter(PanelOperation::BoardStatus);
+  if (options_.boardStatus) return *options_.boardStatus;
   return configurationMode_ ? BoardInConfigurationMode : BoardReady;
 }
 
 std::int32_t SimulatedPanel::CommunicationStatus() {
-  faults_.Enter(PanelOperation::CommunicationStatus);
+  faults_->Enter(PanelOperation::CommunicationStatus);
+  if (options_.communicationStatus) return *options_.communicationStatus;
   if (!open_) return LinkClosed;
-  return cut_ ? LinkCut : LinkOpen;
+  return IsCut() ? LinkCut : LinkOpen;
 }
 
 std::int32_t SimulatedPanel::BaudRate() {
-  faults_.Enter(PanelOperation::BaudRate);
-  return baudRate_;
+  faults_->Enter(PanelOperation::BaudRate);
+  return options_.baudRate;
 }
 
 void SimulatedPanel::PutBaudRate(std::int32_t NewValue) {
-  faults_.Enter(PanelOperation::PutBaudRate);
+  faults_->Enter(PanelOperation::PutBaudRate);
   RequireClosed("The baud rate does not change");
-  if (std::find(BaudRates.begin(), BaudRates.end(), NewValue) == BaudRates.end())
+  if (!IsPanelBaudRate(NewValue))
     throw AutomationError(PanelBadValue, "The panel has no baud rate " + std::to_string(NewValue));
-  baudRate_ = NewValue;
+  options_.baudRate = NewValue;
 }
 
 void SimulatedPanel::Reserved18() {
-  faults_.Enter(PanelOperation::Reserved18);
+  faults_->Enter(PanelOperation::Reserved18);
 }
 
 bool SimulatedPanel::SetConfigurationMode() {
-  faults_.Enter(PanelOperation::SetConfigurationMode);
-  if (refuseConfigurationMode_) return false;
+  if (faults_->Enter(PanelOperation::SetConfigurationMode)) return false;
   configurationMode_ = true;
   return true;
 }
 
 void SimulatedPanel::SetGroupDefinition(std::int32_t GroupId, std::int32_t Define) {
-  faults_.Enter(PanelOperation::SetGroupDefinition);
+  faults_->Enter(PanelOperation::SetGroupDefinition);
   const std::string group = "group " + std::to_string(GroupId);
   if (Define == DefineOnDevice) {
     if (options_.groupCapacity < 1)
@@ -177,98 +174,92 @@ void SimulatedPanel::SetGroupDefinition(std::int32_t GroupId, std::int32_t Defin
 }
 
 std::int32_t SimulatedPanel::GroupCapacity() {
-  faults_.Enter(PanelOperation::GroupCapacity);
+  faults_->Enter(PanelOperation::GroupCapacity);
   return options_.groupCapacity;
 }
 
 void SimulatedPanel::PutNetworkType(std::int32_t NewValue) {
-  faults_.Enter(PanelOperation::PutNetworkType);
-  networkType_ = NewValue;
+  faults_->Enter(PanelOperation::PutNetworkType);
+  options_.networkType = NewValue;
 }
 
 void SimulatedPanel::Reserved23() {
-  faults_.Enter(PanelOperation::Reserved23);
+  faults_->Enter(PanelOperation::Reserved23);
 }
 
 std::int16_t SimulatedPanel::MinorVersion() {
-  faults_.Enter(PanelOperation::MinorVersion);
+  faults_->Enter(PanelOperation::MinorVersion);
   return options_.minorVersion;
 }
 
 std::int16_t SimulatedPanel::MajorVersion() {
-  faults_.Enter(PanelOperation::MajorVersion);
+  faults_->Enter(PanelOperation::MajorVersion);
   return options_.majorVersion;
 }
 
 std::string SimulatedPanel::Description() {
-  faults_.Enter(PanelOperation::Description);
+  faults_->Enter(PanelOperation::Description);
   return options_.description;
 }
 
 void SimulatedPanel::PutComPortNumber(std::int32_t NewValue) {
-  faults_.Enter(PanelOperation::PutComPortNumber);
+  faults_->Enter(PanelOperation::PutComPortNumber);
   RequireClosed("The port does not change");
   if (NewValue < 1 || NewValue > 255)
     throw AutomationError(PanelBadValue, "Port " + std::to_string(NewValue) + " is not within 1..255");
-  comPortNumber_ = NewValue;
+  options_.comPortNumber = NewValue;
 }
 
 std::int32_t SimulatedPanel::ComPortNumber() {
-  faults_.Enter(PanelOperation::ComPortNumber);
-  return comPortNumber_;
+  faults_->Enter(PanelOperation::ComPortNumber);
+  return options_.comPortNumber;
 }
 
 void SimulatedPanel::Reserved29() {
-  faults_.Enter(PanelOperation::Reserved29);
+  faults_->Enter(PanelOperation::Reserved29);
 }
 
 std::string SimulatedPanel::ProjectName() {
-  faults_.Enter(PanelOperation::ProjectName);
-  return projectName_;
+  faults_->Enter(PanelOperation::ProjectName);
+  return options_.projectName;
 }
 
 void SimulatedPanel::PutProjectName(const std::string& NewValue) {
-  faults_.Enter(PanelOperation::PutProjectName);
-  projectName_ = NewValue;
+  faults_->Enter(PanelOperation::PutProjectName);
+  options_.projectName = NewValue;
 }
 
 bool SimulatedPanel::GroupTransfer() {
-  faults_.Enter(PanelOperation::GroupTransfer);
+  faults_->Enter(PanelOperation::GroupTransfer);
   return options_.groupTransfer;
 }
 
 bool SimulatedPanel::CheckVariable(std::int32_t TotalWordLength, std::int32_t ItemCount) {
-  faults_.Enter(PanelOperation::CheckVariable);
+  if (faults_->Enter(PanelOperation::CheckVariable)) return false;
   return TotalWordLength >= 0 && TotalWordLength <= options_.maximumGroupWords && ItemCount >= 0 &&
          ItemCount <= options_.maximumGroupItems;
 }
 
 void SimulatedPanel::PutWordIO(std::int16_t NewValue) {
-  faults_.Enter(PanelOperation::PutWordIO);
-  wordIO_ = NewValue;
+  faults_->Enter(PanelOperation::PutWordIO);
+  options_.wordIO = NewValue;
 }
 
 std::int16_t SimulatedPanel::WordIO() {
-  faults_.Enter(PanelOperation::WordIO);
-  return wordIO_;
+  faults_->Enter(PanelOperation::WordIO);
+  return options_.wordIO;
 }
 
 void SimulatedPanel::PutTimeout(std::int16_t NewValue) {
-  faults_.Enter(PanelOperation::PutTimeout);
+  faults_->Enter(PanelOperation::PutTimeout);
   if (NewValue < 0)
     throw AutomationError(PanelBadValue, "A time-out of " + std::to_string(NewValue) + " ms is below 0");
-  timeout_ = NewValue;
+  options_.timeout = NewValue;
 }
 
 std::int16_t SimulatedPanel::Timeout() {
-  faults_.Enter(PanelOperation::Timeout);
-  return timeout_;
-}
-
-std::shared_ptr<DeviceObject> SimulatedPanel::CreateDevice(const std::string& DeviceKind) {
-  faults_.Enter(PanelOperation::CreateDevice);
-  if (!options_.deviceKinds.contains(DeviceKind)) return nullptr;
-  return std::make_shared<PanelDevice>();
+  faults_->Enter(PanelOperation::Timeout);
+  return options_.timeout;
 }
 
 }  // namespace orvo

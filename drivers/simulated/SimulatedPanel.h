@@ -1,8 +1,9 @@
 // A panel in a box: a communication driver whose device is simulated inside the process.
 //
 // The device is a memory (PanelMemory.h) with typed addresses (PanelAddress.h), values that move by themselves
-// (PanelSignal.h) and faults that a test or a demonstration scripts (below, PanelFaults.h). Time comes from the
-// platform alone: in virtual time every run is the same. Everything happens on the owner's thread.
+// (PanelSignal.h) and faults (PanelFaults.h). A script (PanelScript.h) describes all of it; a test or a
+// demonstration can also use the control face below. Time comes from the platform alone: in virtual time every
+// run is the same. Everything happens on the owner's thread.
 //
 // Reads and writes are taken or refused at once. Refused (thrown): 2 while communication is closed or without
 // an event sink, 1 while a request is outstanding, 10 for arrays of different lengths, a group that is not
@@ -10,7 +11,9 @@
 // from the message loop and never inside the call: after the completion delay; when communication is closed, by
 // the next pass, with error 5 for each item, even if everybody has let go of the driver meanwhile; not at
 // all only when the driver ends within the delay and was not closed before. Memory is read and changed
-// at the answer, signals first. A failure of the sink's handler is dropped and counted.
+// at the answer, signals first. A failure of the sink's handler is dropped and counted. Faults break these
+// rules on purpose: a second or late answer goes to the sink that is set when it comes, and to nobody when the
+// panel has ended by then.
 //
 // Item errors: 5 link cut or closed, 10 address, dimension or value that the item does not take, or a scripted
 // one; the value of an item with an error is Empty, and a write with an error changes nothing.
@@ -22,6 +25,7 @@
 #include "simulated/PanelImage.h"
 #include "simulated/PanelMemory.h"
 #include "simulated/PanelOptions.h"
+#include "simulated/PanelScript.h"
 #include "spooler/DriverRegistry.h"
 
 #include <cstddef>
@@ -46,7 +50,7 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   enum BoardState : std::int32_t { BoardReady = 0, BoardInConfigurationMode = 1 };
   enum LinkState : std::int32_t { LinkClosed = 0, LinkOpen = 1, LinkCut = 2 };
 
-  // Error 10 for a signal that is not valid.
+  // Error 10 for a signal or a script that is not valid.
   static std::shared_ptr<SimulatedPanel> Make(DriverHost host, PanelOptions options = {});
   SimulatedPanel(Passkey key, DriverHost host, PanelOptions options);
   ~SimulatedPanel() override;
@@ -55,9 +59,16 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
 
   // Options may be changed at any time; a change of signals has no effect.
   PanelOptions& Options() noexcept { return options_; }
-  PanelFaults& Faults() noexcept { return faults_; }
+  PanelFaults& Faults() noexcept { return *faults_; }
   // The memory as it stands after the last answer (signals move at answers only).
   PanelMemory& Memory() noexcept { return memory_; }
+
+  // Applies a script in place of the one before; `name` stands in the text of its mistakes (error 10; then
+  // nothing changes). The panel begins anew: memory zero but for what the script puts there, options as the
+  // panel was made with and as the script sets them, the script's faults and link cuts, all its counters and
+  // its clock at 0. Stays: whether communication is open, definitions, requests on their way, what the control
+  // face scripted, and a property's put value (project name included) that the script does not set.
+  void LoadScript(std::string_view name, std::string_view text);
 
   // Reads and writes of exactly this item (not of others that share its bytes) answer `error`; 0 takes it back.
   // Error 10 for an identifier that is not valid.
@@ -66,16 +77,20 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   // it was cut. Nothing else is affected.
   void CutLink(bool cut) noexcept;
   // SetConfigurationMode answers false from now on, and changes nothing.
-  void RefuseConfigurationMode(bool refuse) noexcept { refuseConfigurationMode_ = refuse; }
+  void RefuseConfigurationMode(bool refuse);
   // The next download that has a block `block` (counted from 1) breaks off there with error 4.
-  void FailDownloadAtBlock(std::size_t block) noexcept { failingBlock_ = block; }
+  void FailDownloadAtBlock(std::size_t block);
   // The next download that has a block `block` (counted from 1) has a byte of it changed on the line.
-  void CorruptDownloadBlock(std::size_t block) noexcept { corruptBlock_ = block; }
+  void CorruptDownloadBlock(std::size_t block);
   // The next download that gets that far has a byte changed in the panel, after all its blocks were taken.
-  void CorruptDownloadedImage() noexcept { corruptImage_ = true; }
+  void CorruptDownloadedImage();
   // What the DownloadNeeded questions answer; nothing: as they find it.
-  void PutFirmwareDownloadNeeded(std::optional<bool> needed) noexcept { firmwareNeeded_ = needed; }
-  void PutProjectDownloadNeeded(std::optional<bool> needed) noexcept { projectNeeded_ = needed; }
+  void PutFirmwareDownloadNeeded(std::optional<bool> needed) noexcept {
+    options_.firmwareDownloadNeeded = needed;
+  }
+  void PutProjectDownloadNeeded(std::optional<bool> needed) noexcept {
+    options_.projectDownloadNeeded = needed;
+  }
 
   const PanelImage& HeldFirmware() const noexcept { return options_.heldFirmware; }
   const PanelImage& HeldProject() const noexcept { return options_.heldProject; }
@@ -83,7 +98,7 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   // Definitions that are held for one group, and for all.
   int Definitions(std::int32_t groupId) const;
   int Definitions() const;
-  std::int32_t NetworkType() const noexcept { return networkType_; }
+  std::int32_t NetworkType() const noexcept { return options_.networkType; }
   int FailedCallbacks() const noexcept { return failedCallbacks_; }
 
   // --- The driver contract.
@@ -159,9 +174,13 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   // changed file of the same name is not noticed.
   bool FirmwareDownloadNeeded() override;
   bool ProjectDownloadNeeded() override;
+  // "Kind?file" applies the script in the file first (LoadScript): error 10 when it cannot be read or is wrong;
+  // an unknown kind leaves the panel as it is. What then happens to the call is up to the new faults.
   std::shared_ptr<DeviceObject> CreateDevice(const std::string& DeviceKind) override;
 
  private:
+  using Completion = std::function<void(IEventNotify&)>;
+
   struct Request {
     PanelOperation operation;
     std::uint64_t number;
@@ -172,6 +191,9 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
     SafeArray<std::uint8_t> buffer;
     bool lost;            // the link was cut or closed meanwhile
     bool posted = false;  // its answer is on the way through the message loop
+    std::int64_t takenMs = 0;
+    std::int64_t lateMs = 0;  // when a late answer comes
+    PanelAnswerPlan plan;
   };
 
   void RequireReadyForRequest() const;
@@ -179,34 +201,41 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   void Take(Request request);
   void PostAnswer();
   void Answer(std::uint64_t number);
-  void AnswerItems(const Request& request);
-  void AnswerGroup(const Request& request);
-  // The error scripted for the item, 0 without one.
-  std::int32_t ItemFault(double compiledAddress) const;
+  Completion ItemsAnswer(const Request& request);
+  Completion GroupAnswer(const Request& request);
+  void SendLate(Completion completion, std::int64_t inMs);
+  void TellLate(std::int32_t timerId);
   void StopTimer();
+  // Milliseconds since the panel was made, and since its script was applied.
   std::int64_t Elapsed();
+  std::int64_t ScriptTime() { return Elapsed() - scriptStartMs_; }
+  bool IsCut() { return cut_ || IsLinkCutWithin(script_.cuts, ScriptTime(), ScriptTime()); }
 
-  void Download(const std::string& fileName, PanelImage& held, void (IEventNotify::*progress)(std::int16_t),
-                void (IEventNotify::*complete)());
-  bool DownloadNeeded(const PanelImage& held, std::optional<bool> scripted) const;
+  void Apply(PanelScript script);
+  // Everything that the panel loses with its power.
+  void Restart();
+  void FillMemory();
+  // One fault of the control face in place of the one before with the same target and action.
+  void Replace(PanelFault fault, bool present);
+  // The same for the next download that gets to the block (0: none), or to its end (nothing).
+  void PutNextDownload(PanelFaultAction action, std::optional<std::size_t> block);
+
+  void Download(PanelOperation operation, const std::string& fileName, PanelImage& held,
+                void (IEventNotify::*progress)(std::int16_t), void (IEventNotify::*complete)());
+  bool DownloadNeeded(const PanelImage& held, std::optional<bool> fixed) const;
   // Calls the sink, if there is one.
-  void Tell(const std::function<void(IEventNotify&)>& call);
+  void Tell(const Completion& call);
   void RequireClosed(std::string_view what) const;
 
   ThreadPlatform& platform_;
   Files& files_;
-  const PanelSignals signals_;
+  const PanelOptions made_;  // what it was made with; the base of every script
 
   PanelOptions options_;
-  PanelFaults faults_;
+  PanelScript script_;
+  PanelSignals signals_;
+  const std::shared_ptr<PanelFaults> faults_;  // device objects hold it too
   PanelMemory memory_;
-  std::map<double, std::int32_t> itemFaults_;  // by compiled address
-  std::optional<bool> firmwareNeeded_;
-  std::optional<bool> projectNeeded_;
-  std::size_t failingBlock_ = 0;  // 0: none
-  std::size_t corruptBlock_ = 0;  // 0: none
-  bool corruptImage_ = false;
-  bool refuseConfigurationMode_ = false;
   bool cut_ = false;
 
   std::shared_ptr<IEventNotify> sink_;
@@ -215,23 +244,19 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   bool downloading_ = false;
   std::optional<Request> request_;
   std::uint64_t lastNumber_ = 0;
-  std::int32_t timer_ = 0;  // 0: none runs
+  std::int32_t timer_ = 0;                          // 0: none runs
+  std::map<std::int32_t, Completion> lateAnswers_;  // by their timers
   int failedCallbacks_ = 0;
   std::uint32_t lastTick_;
   std::int64_t elapsedMs_ = 0;  // up to lastTick_
+  std::int64_t scriptStartMs_ = 0;
 
   std::deque<std::int32_t> definitions_;  // their GroupIds, the oldest first
-  std::int32_t baudRate_ = 9600;
-  std::int32_t comPortNumber_ = 1;
-  std::int32_t networkType_ = 0;
-  std::int16_t wordIO_ = 0;
-  std::int16_t timeout_ = 1000;
-  std::string projectName_;
 };
 
 // Registers a factory under SimulatedPanel::ProgId that makes a panel of its own each time, with a copy of
-// `options`, and tells `made` of it: the way to reach a panel that a server made. Error 10 for a signal that is
-// not valid.
+// `options`, and tells `made` of it: the way to reach a panel that a server made. Error 10 for a signal or a
+// script that is not valid.
 void RegisterSimulatedPanel(DriverRegistry& registry, PanelOptions options = {},
                             std::function<void(std::shared_ptr<SimulatedPanel>)> made = {});
 

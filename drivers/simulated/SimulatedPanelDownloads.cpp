@@ -2,8 +2,6 @@
 #include "errors/AutomationError.h"
 #include "simulated/SimulatedPanel.h"
 
-#include <utility>
-
 namespace orvo {
 
 namespace {
@@ -28,18 +26,18 @@ void Corrupt(std::string& bytes) {
 }  // namespace
 
 void SimulatedPanel::DownloadFirmware(const std::string& FileName, std::int32_t /*Flag*/) {
-  faults_.Enter(PanelOperation::DownloadFirmware);
-  Download(FileName, options_.heldFirmware, &IEventNotify::DownloadFirmwareInProgress,
-           &IEventNotify::DownloadFirmwareComplete);
+  faults_->Enter(PanelOperation::DownloadFirmware);
+  Download(PanelOperation::DownloadFirmware, FileName, options_.heldFirmware,
+           &IEventNotify::DownloadFirmwareInProgress, &IEventNotify::DownloadFirmwareComplete);
 }
 
 void SimulatedPanel::DownloadProject(const std::string& FileName, std::int32_t /*Flag*/) {
-  faults_.Enter(PanelOperation::DownloadProject);
-  Download(FileName, options_.heldProject, &IEventNotify::DownloadProjectInProgress,
-           &IEventNotify::DownloadProjectComplete);
+  faults_->Enter(PanelOperation::DownloadProject);
+  Download(PanelOperation::DownloadProject, FileName, options_.heldProject,
+           &IEventNotify::DownloadProjectInProgress, &IEventNotify::DownloadProjectComplete);
 }
 
-void SimulatedPanel::Download(const std::string& fileName, PanelImage& held,
+void SimulatedPanel::Download(PanelOperation operation, const std::string& fileName, PanelImage& held,
                               void (IEventNotify::*progress)(std::int16_t), void (IEventNotify::*complete)()) {
   const auto self = shared_from_this();  // a handler may let go of the driver
   RequireClosed("No download");
@@ -53,17 +51,17 @@ void SimulatedPanel::Download(const std::string& fileName, PanelImage& held,
   const std::uint32_t checksum = Crc32(content);
   std::string image;  // as the panel has received it
   for (std::size_t block = 1; block <= blocks; ++block) {
-    if (block == failingBlock_) {
-      failingBlock_ = 0;
+    const auto fault = faults_->AtBlock(operation, block);
+    if (fault && *fault != PanelFaultAction::Corrupt) {
+      const bool restarts = *fault == PanelFaultAction::Restart;
+      if (restarts) Restart();
       throw AutomationError(PanelDownloadFailed, "The download of '" + name + "' broke off at block " +
-                                                     std::to_string(block) + " of " + std::to_string(blocks));
+                                                     std::to_string(block) + " of " + std::to_string(blocks) +
+                                                     (restarts ? ": the panel restarted" : ""));
     }
     std::string bytes = content.substr((block - 1) * DownloadBlockSize, DownloadBlockSize);
     const std::uint32_t blockChecksum = Crc32(bytes);
-    if (block == corruptBlock_) {
-      corruptBlock_ = 0;
-      Corrupt(bytes);
-    }
+    if (fault) Corrupt(bytes);
     if (Crc32(bytes) != blockChecksum)
       throw AutomationError(PanelDownloadFailed, "The download of '" + name + "' was refused at block " +
                                                      std::to_string(block) + " of " + std::to_string(blocks) +
@@ -72,7 +70,7 @@ void SimulatedPanel::Download(const std::string& fileName, PanelImage& held,
     const auto percent = static_cast<std::int16_t>(block * 100 / blocks);
     Tell([progress, percent](IEventNotify& sink) { (sink.*progress)(percent); });
   }
-  if (std::exchange(corruptImage_, false)) Corrupt(image);
+  if (faults_->AtBlock(operation, 0)) Corrupt(image);
   if (Crc32(image) != checksum)
     throw AutomationError(PanelDownloadFailed,
                           "The download of '" + name + "' was refused: the checksum of the image is wrong");
@@ -81,18 +79,18 @@ void SimulatedPanel::Download(const std::string& fileName, PanelImage& held,
 }
 
 bool SimulatedPanel::FirmwareDownloadNeeded() {
-  faults_.Enter(PanelOperation::FirmwareDownloadNeeded);
-  return DownloadNeeded(options_.heldFirmware, firmwareNeeded_);
+  faults_->Enter(PanelOperation::FirmwareDownloadNeeded);
+  return DownloadNeeded(options_.heldFirmware, options_.firmwareDownloadNeeded);
 }
 
 bool SimulatedPanel::ProjectDownloadNeeded() {
-  faults_.Enter(PanelOperation::ProjectDownloadNeeded);
-  return DownloadNeeded(options_.heldProject, projectNeeded_);
+  faults_->Enter(PanelOperation::ProjectDownloadNeeded);
+  return DownloadNeeded(options_.heldProject, options_.projectDownloadNeeded);
 }
 
-bool SimulatedPanel::DownloadNeeded(const PanelImage& held, std::optional<bool> scripted) const {
-  if (scripted) return *scripted;
-  return !projectName_.empty() && PanelImageName(projectName_) != held.name;
+bool SimulatedPanel::DownloadNeeded(const PanelImage& held, std::optional<bool> fixed) const {
+  if (fixed) return *fixed;
+  return !options_.projectName.empty() && PanelImageName(options_.projectName) != held.name;
 }
 
 }  // namespace orvo
