@@ -1,0 +1,120 @@
+// Definitions of groups, and groups that are transferred as a whole.
+#include "errors/modConstant.h"
+#include "kit/Checks.h"
+
+#include <algorithm>
+#include <array>
+
+namespace orvo::kit {
+
+namespace {
+
+void SetDefinition(DriverSession& session, std::int32_t group, std::int32_t define) {
+  session.Call(std::string("SetGroupDefinition, ") + (define == DefineOnDevice ? "define" : "release") +
+                   " group " + std::to_string(group),
+               [&] { session.Driver().SetGroupDefinition(group, define); });
+}
+
+void DefinesGroups(DriverSession& session) {
+  constexpr std::int32_t most = 8;
+  CommunicationDriver& driver = session.Opened();
+  const std::int32_t capacity = session.Ask("GroupCapacity", [&] { return driver.GroupCapacity(); });
+  if (capacity < 1) throw NotApplicable{"GroupCapacity is " + std::to_string(capacity)};
+  const std::int32_t count = std::min(capacity, most);
+  const std::int32_t first = session.Plan().groupId;
+  for (std::int32_t k = 0; k < count; ++k)
+    SetDefinition(session, first + k, DefineOnDevice);
+  for (std::int32_t k = 0; k < count; ++k)
+    SetDefinition(session, first + k, ReleaseOnDevice);
+}
+
+// Opens, and defines the plan's group when the driver transfers groups.
+SafeArray<std::uint8_t> DefinedGroup(DriverSession& session) {
+  CommunicationDriver& driver = session.Opened();
+  if (!session.Ask("GroupTransfer", [&] { return driver.GroupTransfer(); }))
+    throw NotApplicable{"the driver transfers no whole groups"};
+  std::size_t words = 0;
+  for (const CompiledItem& item : session.Items())
+    words += static_cast<std::size_t>(item.words);
+  SetDefinition(session, session.Plan().groupId, DefineOnDevice);
+  return SafeArray<std::uint8_t>(words * 2);
+}
+
+SinkEvent AnswerOfGroupRead(DriverSession& session, const SafeArray<std::uint8_t>& buffer) {
+  session.Call("ReadGroup", [&] { session.Driver().ReadGroup(session.Plan().groupId, buffer); });
+  return session.AwaitAnswer(SinkEventKind::ReadGroupComplete);
+}
+
+void RequireGroupAnswer(const SinkEvent& answer, const std::string& name) {
+  if (answer.insideCall) throw CheckFailed{"the answer came inside the call of " + name};
+  if (answer.error != 0) throw CheckFailed{"the group is answered with error " + std::to_string(answer.error)};
+}
+
+void ReadsGroup(DriverSession& session) {
+  const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
+  RequireGroupAnswer(AnswerOfGroupRead(session, buffer), "ReadGroup");
+  session.RequireAnswers(1, "to one read of the group");
+  SetDefinition(session, session.Plan().groupId, ReleaseOnDevice);
+}
+
+void AnswersGroupBuffer(DriverSession& session) {
+  const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
+  const SinkEvent answer = AnswerOfGroupRead(session, buffer);
+  if (answer.buffer.Size() != buffer.Size())
+    throw CheckFailed{"the buffer has " + Counted(answer.buffer.Size(), "byte") + " instead of " +
+                      std::to_string(buffer.Size())};
+  if (answer.buffer.LowerBound() != 0)
+    throw CheckFailed{"the buffer begins at " + std::to_string(answer.buffer.LowerBound()) + ", not at 0"};
+}
+
+void WritesGroup(DriverSession& session) {
+  if (session.Plan().writes.empty()) throw NotApplicable{"no value is given that may be written"};
+  const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
+  // What it holds is written back: the plan allows single values to be written, not a whole group of others.
+  const SinkEvent read = AnswerOfGroupRead(session, buffer);
+  session.Call("WriteGroup", [&] { session.Driver().WriteGroup(session.Plan().groupId, read.buffer); });
+  RequireGroupAnswer(session.AwaitAnswer(SinkEventKind::WriteGroupComplete, 1), "WriteGroup");
+  session.RequireAnswers(2, "to a read and a write of the group");
+}
+
+void ClosingAnswersGroup(DriverSession& session) {
+  const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
+  session.Call("ReadGroup", [&] { session.Driver().ReadGroup(session.Plan().groupId, buffer); });
+  session.Close();
+  session.RunFor(std::chrono::milliseconds::zero());
+  session.RunFor(std::chrono::milliseconds::zero());
+  if (session.Sink().answers.empty()) throw CheckFailed{"no answer by the next pass of the message loop"};
+  if (const SinkEventKind kind = session.Sink().answers.front().kind; kind != SinkEventKind::ReadGroupComplete)
+    throw CheckFailed{"the answer is " + SinkEventName(kind)};
+  session.RequireAnswers(1, "to one read of the group");
+}
+
+constexpr std::array List{
+    Check{{"defines-groups", "As many groups as GroupCapacity says are defined and released."},
+          "opens answers-capacity",
+          DefinesGroups},
+    Check{{"reads-groups",
+           "A defined group is read as a whole and answered once, from the message loop, without error."},
+          "opens compiles-items",
+          ReadsGroup},
+    Check{{"answers-group-buffer",
+           "The buffer of a group's answer is as long as the one of the request, from 0 on."},
+          "opens compiles-items",
+          AnswersGroupBuffer},
+    Check{{"writes-groups",
+           "A defined group is written as a whole and answered once, from the message loop, without error."},
+          "reads-groups answers-group-buffer",
+          WritesGroup},
+    Check{{"closing-answers-groups",
+           "CloseCommunication answers a group's read that is under way as it does others."},
+          "opens compiles-items",
+          ClosingAnswersGroup},
+};
+
+}  // namespace
+
+std::span<const Check> GroupChecks() {
+  return List;
+}
+
+}  // namespace orvo::kit

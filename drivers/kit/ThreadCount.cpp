@@ -1,0 +1,18 @@
+#include "kit/ThreadCount.h"
+
+#include <filesystem>
+#include <system_error>
+
+namespace orvo::kit {
+
+std::optional<std::size_t> ThreadCount() {
+  std::error_code failure;
+  std::size_t count = 0;
+  for (std::filesystem::directory_iterator thread("/proc/self/task", failure), end; !failure && thread != end;
+       thread.increment(failure))
+    ++count;
+  if (failure || count == 0) return std::nullopt;
+  return count;
+}
+
+}  // namespace orvo::kit
