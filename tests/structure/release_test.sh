@@ -6,7 +6,7 @@ here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 
 set_up_tree() {
   set_up_stubs
-  printf '%s\n' g++ cmake ninja-build libcli11-dev zip mingw-w64-tools libwine-dev g++-mingw-w64-x86-64-posix \
+  printf '%s\n' g++ cmake ninja-build libcli11-dev nlohmann-json3-dev zip mingw-w64-tools libwine-dev g++-mingw-w64-x86-64-posix \
     g++-mingw-w64-i686-posix >"$scratch/installed"
   project="$scratch/project with a space"
   rm -rf "$project"

@@ -1,30 +1,46 @@
-// The commands of the client. Each returns its exit code and raises AutomationError for what goes wrong.
+// The commands of the client. Each prints to the standard output, returns its exit code, and raises
+// AutomationError, UsageError or EndRequested for what goes wrong.
 #pragma once
+
+#include "Connection.h"
+#include "RowWriter.h"
+#include "Session.h"
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace orvo::client {
 
-// What the commands that reach a device have in common.
-struct Connection {
-  std::string driverFile;  // empty: the simulated panel
-  std::int32_t deviceType = 2;
+// What the options of a command can say. A command looks at those that it has.
+struct Options {
+  Connection connection;
+  Selection selection;
+  std::vector<std::string> assignments;
+  std::string file;
+  Format format = Format::Table;
+  std::chrono::milliseconds timeout{10000};
+  std::optional<std::int32_t> rate;  // milliseconds
+  std::optional<std::chrono::milliseconds> duration;
+  std::optional<std::int64_t> count;
+  std::string errorNumber;
 };
 
-// 0 = success; 1 = an error of the system; 2 = an item's own error.
-enum ExitCode : std::uint8_t { Success = 0, Failed = 1, ItemFailed = 2 };
-
-// Shows the server at work against the simulated panel, for about `watch` plus two seconds.
+// Shows the server at work against the simulated panel, for about the duration plus two seconds.
 int RunDemo(std::chrono::milliseconds watch);
-int RunInfo(const Connection& connection);
-int RunRead(const Connection& connection, const std::vector<std::string>& items);
-// `assignments`: ITEM=VALUE.
-int RunWrite(const Connection& connection, const std::vector<std::string>& assignments);
-// Prints one line per change for `duration`.
-int RunWatch(const Connection& connection, const std::vector<std::string>& items, std::int32_t rate,
-             std::chrono::milliseconds duration);
+int RunInfo(Session& session, const Options& options);
+int RunItems(Session& session, const Options& options);
+int RunRead(Session& session, const Options& options);
+int RunWrite(Session& session, const Options& options);
+int RunWatch(Session& session, const Options& options);
+int RunExplain(Session& session, const Options& options);
+int RunDownloadFirmware(Session& session, const Options& options);
+int RunDownloadProject(Session& session, const Options& options);
+int RunConfigCheck(Session& session, const Options& options);
+int RunConfigSave(Session& session, const Options& options);
+int RunErrors(const Options& options);
+int RunDrivers(const Options& options);
 
 }  // namespace orvo::client

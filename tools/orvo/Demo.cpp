@@ -1,12 +1,15 @@
 // The demonstration: one round through the server against the simulated panel.
 
-#include "ChangeView.h"
 #include "Commands.h"
-#include "Report.h"
+#include "ExitCode.h"
+#include "Interrupt.h"
+#include "Reading.h"
 #include "Session.h"
 #include "Table.h"
-#include "errors/AutomationError.h"
+#include "Values.h"
+#include "Watcher.h"
 
+#include <cstddef>
 #include <iostream>
 
 namespace orvo::client {
@@ -14,6 +17,8 @@ namespace orvo::client {
 namespace {
 
 constexpr std::chrono::milliseconds AnswerLimit{3000};
+constexpr std::chrono::milliseconds ReadLimit{10000};
+constexpr std::int32_t WatchRate = 500;
 
 // Prints the ends of asynchronous requests.
 class CompletionLines final : public KELDataGroupEvents {
@@ -47,12 +52,48 @@ void Heading(const std::string& text) {
   std::cout << '\n' << text << '\n';
 }
 
+void PrintProperties(KELDataServer& server) {
+  std::string description = server.Description();
+  if (const std::size_t end = description.find("\r\n"); end != std::string::npos)
+    description.replace(end, 2, " / ");
+  Table table({"property", "value"});
+  table.Add({"Description", description});
+  table.Add({"MajorVersion.MinorVersion",
+             std::to_string(server.MajorVersion()) + "." + std::to_string(server.MinorVersion())});
+  table.Add({"BoardDescription", server.BoardDescription()});
+  table.Add({"BootVersion / BootDate", ValueText(server.BootVersion()) + " / " + server.BootDate()});
+  table.Add({"FirmwareVersion", ValueText(server.FirmwareVersion())});
+  table.Add({"ComPortNumber, BaudRate",
+             std::to_string(server.ComPortNumber()) + ", " + std::to_string(server.BaudRate())});
+  table.Add({"Timeout, WordIO", std::to_string(server.Timeout()) + ", " + std::to_string(server.WordIO())});
+  table.Add({"DeviceType", std::to_string(server.DeviceType())});
+  table.Add({"BoardStatus", std::to_string(server.BoardStatus())});
+  table.Add({"CommunicationStatus", std::to_string(server.CommunicationStatus())});
+  table.Add({"ServerStatus", std::to_string(server.ServerStatus())});
+  table.Print(std::cout);
+}
+
+bool PrintRead(Session& session, KELDataGroup& group) {
+  Reader reader(session);
+  const ReadResult result = reader.Read(group, ReadLimit);
+  Table table({"item", "identifier", "raw bytes", "client value", "error"});
+  for (std::size_t k = 0; k < result.handles.Size(); ++k) {
+    const std::shared_ptr<KELDataItem> item = group.KELDataItems()->Item(result.handles.View()[k]);
+    table.Add({item->ItemName(), IdentifierText(*item), ValueText(result.Delivered(k)),
+               ValueText(result.values.View()[k]), std::to_string(result.errors.View()[k])});
+  }
+  table.Print(std::cout);
+  return result.Succeeded();
+}
+
 void ShowAsynchronous(Session& session, KELDataGroup& group) {
   const auto sink = std::make_shared<CompletionLines>();
   const std::int32_t cookie = group.Events().Advise(sink);
   group.PutSubscribed(true);
   const auto await = [&](int completions) {
-    session.platform.RunUntil([&] { return sink->completions >= completions; }, AnswerLimit);
+    session.platform.RunUntil([&] { return Interrupt::Requested() || sink->completions >= completions; },
+                              AnswerLimit);
+    Interrupt::Check();
   };
   const std::int32_t recipe = group.KELDataItems()->ItemByName("Recipe")->Handle();
 
@@ -79,8 +120,8 @@ void ShowAsynchronous(Session& session, KELDataGroup& group) {
 
 int RunDemo(std::chrono::milliseconds watch) {
   Session session;
-  std::cout << "The driver configuration file:\n\n" << DemoDriverFile;
-  session.Configure("", 2);
+  std::cout << "The driver configuration file:\n\n" << BuiltInDriverFile("");
+  session.Configure({});
 
   const std::shared_ptr<KELDataGroup> group = session.server->KELDataGroups()->Add("Line 1");
   const auto items = group->KELDataItems();
@@ -93,18 +134,22 @@ int RunDemo(std::chrono::milliseconds watch) {
   items->Add("ST0020010", "Recipe");
   items->Add("RA036", "Stamp");
 
-  session.server->OpenCommunication();
+  session.Open();
   Heading("The server, with communication open:");
-  PrintProperties(*session.server, std::cout);
+  PrintProperties(*session.server);
 
   Heading("A synchronous read of the group \"Line 1\":");
-  const bool succeeded = PrintRead(*group, std::cout);
+  const bool succeeded = PrintRead(session, *group);
 
   ShowAsynchronous(session, *group);
-  session.server->CloseCommunication();
+  session.Close();
 
   Heading("DataChange events, refreshed every 500 ms, as the panel's values move:");
-  ChangeView::Watch(session, *group, 500, watch, std::cout);
+  const std::unique_ptr<WatchView> view = MakePersonsView(session.platform, {group}, std::cout);
+  Watcher watcher(session, {group}, WatchRate, *view);
+  watcher.Run(watch, std::nullopt);
+  view->End(watcher.Counts());
+  Interrupt::Check();
   return succeeded ? Success : ItemFailed;
 }
 

@@ -1,11 +1,17 @@
 // What every command of the client works with: this thread's platform, the drivers that it knows, and one
 // server.
+//
+// While a session lives, a signal that was noted (Interrupt) closes communication within 50 ms of pumping and
+// releases a synchronous call that waits. Its end closes communication.
 #pragma once
 
-#include "platform/portable/DiskFiles.h"
+#include "BuiltInFiles.h"
+#include "Connection.h"
+#include "DriverLog.h"
+#include "DriverSources.h"
+#include "ItemArgument.h"
 #include "platform/portable/PortablePlatform.h"
 #include "server/KELDataServer.h"
-#include "simulated/SimulatedPanel.h"
 #include "spooler/DriverRegistry.h"
 
 #include <cstdint>
@@ -15,25 +21,60 @@
 
 namespace orvo::client {
 
+// Items that a command works on: those of the command line, or those of the configuration.
+struct Selection {
+  std::vector<std::string> items;
+  std::string group;  // one group of the configuration; empty: all
+};
+
 class Session {
  public:
   Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  // Chooses driver and device type, loads the configuration, applies the settings: status 2. Raises what the
+  // server raises, UsageError for settings.
+  void Configure(const Connection& connection);
+  // Opens communication. errCommunication with the driver's text when the driver cannot; the server is at
+  // status 3 then all the same.
+  void Open();
+  void Close();
+
+  // A group with these items. errInvalidItemId for an identifier that the device does not know.
+  std::shared_ptr<KELDataGroup> AddItems(const std::string& groupName, const std::vector<ItemArgument>& items);
+  // The groups of the selection; items of the command line are in a new one called `groupName`.
+  // UsageError when there is neither an item nor a configuration.
+  std::vector<std::shared_ptr<KELDataGroup>> Select(const Selection& selection, const std::string& groupName);
+
+  bool HasConfiguration() const noexcept { return hasConfiguration_; }
+
+  // Ends the wait of the synchronous call that is in progress; it finds error 1.
+  void ReleaseWaiting();
+
+  const DriverLog& Log() const noexcept { return *log_; }
+  const DriverSources& Sources() const noexcept { return sources_; }
 
   PortablePlatform platform;
-  std::shared_ptr<KELDataServer> server;
-
-  // Loads the driver file and selects the device type: status 2. Without a file, the client's own that names
-  // the simulated panel with its moving values.
-  void Configure(const std::string& driverFile, std::int32_t deviceType);
-  // A group with one item per identifier; "ID:signed" and "ID:bcd" set the option.
-  std::shared_ptr<KELDataGroup> AddItems(const std::string& groupName, const std::vector<std::string>& itemIds);
 
  private:
-  DiskFiles files_;
-  DriverRegistry drivers_;
+  void PollInterrupt();
+
+  BuiltInFiles files_;
+  const std::shared_ptr<DriverLog> log_ = std::make_shared<DriverLog>();
+  DriverSources sources_;
+  DriverRegistry own_;       // what there is
+  DriverRegistry observed_;  // the same, each driver inside an ObservedDriver
+  bool hasConfiguration_ = false;
+  bool interrupted_ = false;
+  std::int32_t pollTimer_ = 0;
+
+ public:
+  std::shared_ptr<KELDataServer> server;  // ends before what it runs on
 };
 
-// The driver configuration file that the client uses when it is given none.
-extern const char* const DemoDriverFile;
+// The driver configuration file of the built-in panel.
+std::string BuiltInDriverFile(const std::string& panelFile);
 
 }  // namespace orvo::client

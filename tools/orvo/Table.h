@@ -1,9 +1,7 @@
-// Texts for the terminal: tables with aligned columns, and values as a person reads them.
+// A table for the terminal: columns two blanks apart, as wide as their longest text, the header underlined.
 #pragma once
 
-#include "model/KELDataItem.h"
-#include "values/Variant.h"
-
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -13,17 +11,14 @@ namespace orvo::client {
 class Table {
  public:
   explicit Table(std::vector<std::string> header) : rows_{std::move(header)} {}
+  // As many texts as the header has.
   void Add(std::vector<std::string> row) { rows_.push_back(std::move(row)); }
-  // Columns two blanks apart, as wide as their longest text; the header is underlined.
   void Print(std::ostream& out) const;
+  // The lines without their ends: two of the header, then one for each row.
+  std::vector<std::string> Lines() const;
 
  private:
   std::vector<std::vector<std::string>> rows_;
 };
-
-// A client value: numbers and texts as they are, bytes in hexadecimal, "-" for Empty.
-std::string ValueText(const Variant& value);
-// The bytes of an item's latest raw value as they lie in the device, in hexadecimal.
-std::string RawText(const KELDataItem& item);
 
 }  // namespace orvo::client

@@ -1,0 +1,41 @@
+// What the client notes of its driver: how many requests it was sent, and what it said when it failed. Several
+// calls of the server never raise a driver's failure; a person wants to read it all the same.
+#pragma once
+
+#include "errors/AutomationError.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace orvo::client {
+
+class DriverLog {
+ public:
+  void NoteSent() noexcept { ++sent_; }
+  // Reads and writes that the driver took.
+  std::uint64_t Sent() const noexcept { return sent_; }
+
+  void NoteFailure(const std::string& operation, const AutomationError& error) {
+    latest_ = error;
+    failures_.insert_or_assign(operation, error);
+  }
+  // The latest failure of the operation, by its name in the driver contract; nothing when it never failed.
+  std::optional<AutomationError> Failure(const std::string& operation) const {
+    const auto found = failures_.find(operation);
+    return found == failures_.end() ? std::nullopt : std::optional(found->second);
+  }
+  const std::optional<AutomationError>& Latest() const noexcept { return latest_; }
+  void Forget() {
+    latest_.reset();
+    failures_.clear();
+  }
+
+ private:
+  std::uint64_t sent_ = 0;
+  std::optional<AutomationError> latest_;
+  std::map<std::string, AutomationError> failures_;
+};
+
+}  // namespace orvo::client

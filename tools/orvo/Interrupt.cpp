@@ -1,0 +1,57 @@
+#include "Interrupt.h"
+
+#include "ExitCode.h"
+
+#include <atomic>
+#include <csignal>
+
+namespace orvo::client {
+
+namespace {
+
+// A lock-free atomic: on some systems the handler runs on another thread.
+std::atomic<int> caughtSignal{0};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+extern "C" void NoteSignal(int signal) {
+  caughtSignal = signal;
+#ifdef SIGPIPE
+  if (signal == SIGPIPE) return;  // each later write fails by itself
+#endif
+  std::signal(signal, SIG_DFL);
+}
+
+void Handle(int signal) {
+  // One that is ignored from the start (nohup, a shell's background) stays ignored.
+  if (std::signal(signal, NoteSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
+}
+
+}  // namespace
+
+void Interrupt::Install() {
+  Handle(SIGINT);
+  Handle(SIGTERM);
+#ifdef SIGBREAK
+  Handle(SIGBREAK);
+#endif
+#ifdef SIGPIPE
+  std::signal(SIGPIPE, NoteSignal);
+#endif
+}
+
+bool Interrupt::Requested() noexcept {
+  return caughtSignal != 0;
+}
+
+int Interrupt::ExitCode() noexcept {
+#ifdef SIGPIPE
+  if (caughtSignal == SIGPIPE) return Success;
+#endif
+  return caughtSignal == SIGTERM ? Terminated : Interrupted;
+}
+
+void Interrupt::Check() {
+  if (Requested()) throw EndRequested();
+}
+
+}  // namespace orvo::client

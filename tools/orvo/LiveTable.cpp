@@ -1,0 +1,112 @@
+#include "LiveTable.h"
+
+#include "Table.h"
+#include "Terminal.h"
+#include "Values.h"
+#include "values/Text.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace orvo::client {
+
+namespace {
+
+constexpr std::uint32_t ShortestPause = 100;  // ms between two drawings
+constexpr std::uint32_t LongestPause = 1000;
+constexpr const char* HideCursor = "\x1b[?25l";
+constexpr const char* ShowCursor = "\x1b[?25h";
+
+}  // namespace
+
+LiveTable::LiveTable(const ThreadPlatform& platform, std::vector<std::shared_ptr<KELDataGroup>> groups,
+                     std::ostream& out)
+    : platform_(platform),
+      groups_(std::move(groups)),
+      out_(out),
+      start_(platform.TickCount()),
+      drawnAt_(start_ - ShortestPause) {
+  out_ << HideCursor << std::flush;
+}
+
+LiveTable::~LiveTable() {
+  out_ << ShowCursor << std::flush;
+}
+
+void LiveTable::Refreshed(const KELDataGroup& /*group*/, const std::vector<Change>& changes,
+                          const WatchCounts& counts) {
+  const std::string time = TimeText(platform_.LocalNow());
+  constexpr std::size_t dateLength = 11;  // the day is no news
+  for (const Change& change : changes) {
+    Row& row = rows_[change.item.get()];
+    row.value = ValueText(change.value);
+    row.error = change.error == 0 ? "" : std::to_string(change.error);
+    row.time = time.substr(dateLength);
+    changed_ = true;
+  }
+  counts_ = counts;
+}
+
+void LiveTable::Poll() {
+  const std::uint32_t since = platform_.TickCount() - drawnAt_;
+  if (since >= LongestPause || (changed_ && since >= ShortestPause)) Draw();
+}
+
+void LiveTable::Say(const std::string& line) {
+  Erase();
+  out_.flush();
+  WatchView::Say(line);
+  Draw();
+}
+
+void LiveTable::End(const WatchCounts& counts) {
+  counts_ = counts;
+  Draw();
+}
+
+std::vector<std::string> LiveTable::Lines() const {
+  const bool grouped = groups_.size() > 1;
+  std::vector<std::string> header{"item", "identifier", "value", "error", "changed at"};
+  if (grouped) header.insert(header.begin(), "group");
+  Table table(std::move(header));
+  const Row none;
+  for (const auto& group : groups_) {
+    for (const auto& item : group->KELDataItems()->NewEnum()) {
+      const auto found = rows_.find(item.get());
+      const Row& row = found == rows_.end() ? none : found->second;
+      std::vector<std::string> texts{item->ItemName(), IdentifierText(*item), row.value, row.error, row.time};
+      if (grouped) texts.insert(texts.begin(), group->GroupName());
+      table.Add(std::move(texts));
+    }
+  }
+  return table.Lines();
+}
+
+void LiveTable::Erase() {
+  if (linesDrawn_ > 0) out_ << "\r\x1b[" << linesDrawn_ << "A\x1b[J";
+  linesDrawn_ = 0;
+}
+
+void LiveTable::Draw() {
+  const TerminalSize size = OutputSize();
+  std::vector<std::string> lines = Lines();
+  // Below the table: what does not fit, the counts, and the line that the cursor stands in.
+  constexpr std::size_t below = 2;
+  const std::size_t room = size.rows > below ? size.rows - below : 1;
+  if (lines.size() > room) {
+    const std::size_t shown = room - 1;
+    const std::size_t hidden = lines.size() - std::max<std::size_t>(shown, 2);
+    lines.resize(shown);
+    lines.push_back("  ... " + std::to_string(hidden) + " more rows do not fit");
+  }
+  lines.push_back(ElapsedText(platform_, start_) + "  " + CountsText(counts_));
+  Erase();
+  for (const std::string& line : lines)
+    out_ << LeftUnits(line, static_cast<std::int64_t>(size.columns) - 1) << '\n';
+  out_ << std::flush;
+  linesDrawn_ = lines.size();
+  drawnAt_ = platform_.TickCount();
+  changed_ = false;
+}
+
+}  // namespace orvo::client

@@ -1,0 +1,37 @@
+// watch.
+
+#include "Commands.h"
+#include "ExitCode.h"
+#include "Interrupt.h"
+#include "Watcher.h"
+
+#include <iostream>
+
+namespace orvo::client {
+
+namespace {
+
+constexpr std::int32_t DefaultRate = 500;
+
+}  // namespace
+
+int RunWatch(Session& session, const Options& options) {
+  const auto groups = session.Select(options.selection, "watch");
+  // A group that is new, or was saved without a rate, would be refreshed as fast as the timers allow.
+  if (!options.rate)
+    for (const auto& group : groups)
+      if (group->UpdateRate() == 0) group->PutUpdateRate(DefaultRate);
+  const std::unique_ptr<WatchView> view =
+      options.format == Format::Table
+          ? MakePersonsView(session.platform, groups, std::cout)
+          : MakeRowsView(session.platform, options.format == Format::Json ? Format::JsonLines : options.format,
+                         std::cout);
+  Watcher watcher(session, groups, options.rate, *view);
+  watcher.Run(options.duration, options.count);
+  view->End(watcher.Counts());
+  Interrupt::Check();
+  if (watcher.AnySilent()) return FallenSilent;
+  return watcher.AnyError() ? ItemFailed : Success;
+}
+
+}  // namespace orvo::client

@@ -1,0 +1,84 @@
+// write.
+
+#include "Commands.h"
+#include "ExitCode.h"
+#include "Interrupt.h"
+#include "errors/modConstant.h"
+#include "errors/modIDataErrors.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iostream>
+
+namespace orvo::client {
+
+namespace {
+
+// The server names the position of the value that it refuses; a person wants the item and the reason.
+[[noreturn]] void RaiseWithReason(const AutomationError& error, KELDataGroup& group,
+                                  const SafeArray<Variant>& values,
+                                  const std::vector<std::string>& assignments) {
+  std::size_t k = 0;
+  for (const auto& item : group.KELDataItems()->NewEnum()) {
+    try {
+      item->RawValue(item->CheckClientValue(values.View()[k]));
+    } catch (const AutomationError& reason) {
+      throw AutomationError(error.Number(),
+                            error.Description() + " (" + assignments[k] + ": " + reason.Description() + ")");
+    }
+    ++k;
+  }
+  throw AutomationError(error);
+}
+
+}  // namespace
+
+int RunWrite(Session& session, const Options& options) {
+  std::vector<Assignment> assignments;
+  std::vector<ItemArgument> arguments;
+  for (const std::string& text : options.assignments) {
+    assignments.push_back(Assignment::Parse(text));
+    arguments.push_back(assignments.back().item);
+  }
+  // A refresh of the configuration's own groups would make the spooler busy, and a refused write is not
+  // repeated.
+  for (const auto& group : session.server->KELDataGroups()->NewEnum())
+    group->PutActive(false);
+  const std::shared_ptr<KELDataGroup> group = session.AddItems("write", arguments);
+  const auto items = group->KELDataItems()->NewEnum();
+  SafeArray<std::int32_t> handles;
+  SafeArray<Variant> values;
+  for (std::size_t k = 0; k < items.size(); ++k) {
+    handles.Append(items[k]->Handle());
+    values.Append(assignments[k].ValueFor(*items[k]));
+  }
+  session.Open();
+  SafeArray<std::int32_t> errors;
+  try {
+    group->SyncWrite(handles, values, errors);
+  } catch (const AutomationError& error) {
+    if (error.Number() != errInvalidFormat) throw;
+    RaiseWithReason(error, *group, values, options.assignments);
+  }
+  const auto writer = MakeRowWriter(
+      options.format, {{"identifier", "identifier"}, {"written", "written"}, {"error", "error"}}, std::cout);
+  for (std::size_t k = 0; k < items.size(); ++k)
+    writer->Row(
+        {{items[k]->ItemId(), IdentifierText(*items[k])}, Cell::Of(values.View()[k]), errors.View()[k]});
+  writer->End();
+  std::cout.flush();
+  const auto is = [&](std::int32_t code) {
+    return std::any_of(errors.View().begin(), errors.View().end(),
+                       [code](std::int32_t error) { return error == code; });
+  };
+  if (is(RequestFailed))
+    std::cerr
+        << "orvo: the outcome of a write with error 1 is unknown: read the items back before you write again\n";
+  Interrupt::Check();
+  session.Close();
+  const bool succeeded =
+      std::all_of(errors.View().begin(), errors.View().end(), [](std::int32_t error) { return error == 0; });
+  return succeeded ? Success : ItemFailed;
+}
+
+}  // namespace orvo::client
