@@ -19,6 +19,8 @@ constexpr std::chrono::milliseconds Slice{20};
     throw;
   } catch (const CheckFailed&) {
     throw;
+  } catch (const NotApplicable&) {
+    throw;
   } catch (const AutomationError& error) {
     throw CheckFailed{name + " failed with " + std::to_string(error.Number()) + " (" + error.Description() +
                       ")"};
@@ -172,6 +174,10 @@ void DriverSession::Read(const std::vector<CompiledItem>& items) {
     dimensions.Append(static_cast<std::int16_t>(item.words));
   }
   Driver().ReadItems(addresses, dimensions);
+}
+
+void DriverSession::ReadOrSkip(const std::vector<CompiledItem>& items) {
+  if (!MayRefuse("ReadItems", [&] { Read(items); })) throw NotApplicable{"ReadItems is refused"};
 }
 
 void DriverSession::Write(const std::vector<std::pair<CompiledItem, Variant>>& items) {

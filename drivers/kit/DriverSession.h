@@ -86,6 +86,8 @@ class DriverSession {
   bool MayRefuse(const std::string& name, const std::function<void()>& call);
 
   void Read(const std::vector<CompiledItem>& items);
+  // For checks of what comes afterwards: NotApplicable when the read is refused.
+  void ReadOrSkip(const std::vector<CompiledItem>& items);
   void Write(const std::vector<std::pair<CompiledItem, Variant>>& items);
   // The next answer, `number` counted from 0; CheckFailed when it does not come within the plan's time-out, or
   // is of another kind.

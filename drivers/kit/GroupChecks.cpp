@@ -79,7 +79,8 @@ void WritesGroup(DriverSession& session) {
 
 void ClosingAnswersGroup(DriverSession& session) {
   const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
-  session.Call("ReadGroup", [&] { session.Driver().ReadGroup(session.Plan().groupId, buffer); });
+  if (!session.MayRefuse("ReadGroup", [&] { session.Driver().ReadGroup(session.Plan().groupId, buffer); }))
+    throw NotApplicable{"ReadGroup is refused"};
   session.Close();
   session.RunFor(std::chrono::milliseconds::zero());
   session.RunFor(std::chrono::milliseconds::zero());
@@ -99,7 +100,7 @@ constexpr std::array List{
           ReadsGroup},
     Check{{"answers-group-buffer",
            "The buffer of a group's answer is as long as the one of the request, from 0 on."},
-          "opens compiles-items",
+          "reads-groups",
           AnswersGroupBuffer},
     Check{{"writes-groups",
            "A defined group is written as a whole and answered once, from the message loop, without error."},

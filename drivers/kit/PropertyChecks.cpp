@@ -74,7 +74,7 @@ void RequireKept(DriverSession& session, const std::string& name, Value (Communi
 }
 
 void KeepProperties(DriverSession& session) {
-  session.Connected();
+  session.Device();
   RequireKept(session, "BaudRate", &CommunicationDriver::BaudRate, &CommunicationDriver::PutBaudRate,
               std::int32_t{19200});
   RequireKept(session, "ComPortNumber", &CommunicationDriver::ComPortNumber,
@@ -132,7 +132,7 @@ constexpr std::array List{
         AskDownloadNeeded},
     Check{{"keeps-properties",
            "A property answers what was put; what it does not take it refuses and stays as it was."},
-          "takes-sink",
+          "knows-kind",
           KeepProperties},
     Check{{"takes-network-type", "NetworkType is taken before everything else."},
           "makes-drivers",

@@ -166,7 +166,7 @@ constexpr std::array List{
           "writes answers-write-arrays",
           WritesWithoutErrors},
     Check{{"reads-back", "An item reads what was written to it."},
-          "writes-without-errors reads answers-writes-once",
+          "writes-without-errors answers-writes-once reads answers-once answers-arrays",
           ReadsBackWhatWasWritten},
 };
 
