@@ -45,6 +45,34 @@ TEST(PanelSignal, ACounterStepsOncePerPeriodAndStartsAgainAfterTheHighValue) {
   EXPECT_EQ(counter.At(300), 5);
 }
 
+TEST(PanelSignal, AConstantStaysAndNeedsNoPeriod) {
+  const PanelSignal constant{PanelSignalKind::Constant, "WO100", 5, 5, 0};
+  EXPECT_EQ(FailureOf([&] { PanelSignals({constant}); }), "0:");
+  EXPECT_EQ(constant.At(0), 5);
+  EXPECT_EQ(constant.At(123456), 5);
+}
+
+TEST(PanelSignal, AClockShowsTheTimeOfItsLastStep) {
+  const auto text = [](const CivilTime& time, std::int64_t elapsedMs, std::int64_t periodMs) {
+    return PanelClockText(DateFromCivil(time), elapsedMs, periodMs);
+  };
+  EXPECT_EQ(text({2024, 1, 15, 12, 0, 0, 0}, 0, 1000), "2024-01-15 12:00:00");
+  EXPECT_EQ(text({2024, 1, 15, 0, 0, 0, 0}, 5000, 1000), "2024-01-15 00:00:00") << "midnight has its time too";
+  EXPECT_EQ(text({2024, 2, 29, 23, 59, 59, 999}, 999, 1000), "2024-02-29 23:59:59");
+  EXPECT_EQ(text({2024, 3, 1, 0, 0, 5, 0}, 19'000, 10'000), "2024-02-29 23:59:56");
+  EXPECT_EQ(text({800, 1, 1, 1, 2, 3, 0}, 0, 1), "0800-01-01 01:02:03");
+}
+
+TEST(PanelSignal, AClockNeedsAStringWithRoomForIt) {
+  const auto failure = [](const char* identifier) {
+    return FailureOf([&] { PanelSignals({{PanelSignalKind::Clock, identifier, 0, 0, 1000}}); });
+  };
+  EXPECT_EQ(failure("ST0030019"), "0:");
+  EXPECT_EQ(failure("ST0030018"),
+            "10:Signal on 'ST0030018': a clock needs a string item of at least 19 characters");
+  EXPECT_EQ(failure("DW100"), "10:Signal on 'DW100': a clock needs a string item of at least 19 characters");
+}
+
 TEST(PanelSignal, AWrongSignalIsRefusedWithItsIdentifier) {
   const auto failure = [](PanelSignal signal) { return FailureOf([&] { PanelSignals({signal}); }); };
   EXPECT_EQ(failure({PanelSignalKind::Ramp, "ST0020010", 0, 1, 10}),
@@ -109,6 +137,18 @@ TEST_F(MovingPanelTest, AWriteUnderASignalLastsUntilTheNextAnswer) {
   platform.Advance(20ms);
   EXPECT_EQ(panel->Memory().Word(100), 77);
   EXPECT_EQ(AnswerOfRead({"WO100"}), (testing::Log{"WriteComplete 0", "ReadComplete UI1[1,0]=0"}));
+}
+
+TEST_F(MovingPanelTest, AClockGoesWithThePlatformsTime) {
+  Move({{PanelSignalKind::Clock, "ST0030020", 0, 0, 1000}});
+  const auto shown = [&] {
+    AnswerOfRead({"ST0030020"});
+    const auto bytes = panel->Memory().Bytes(300, 20);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  EXPECT_EQ(shown(), std::string("2024-01-15 12:00:00") + '\0');
+  platform.Advance(61s);
+  EXPECT_EQ(shown(), std::string("2024-01-15 12:01:01") + '\0');
 }
 
 TEST_F(MovingPanelTest, AGroupImageMovesToo) {
