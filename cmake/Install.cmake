@@ -36,7 +36,7 @@ file(RELATIVE_PATH up /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/orvobusiness.pc.in ${PROJECT_BINARY_DIR}/orvobusiness.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orvobusiness.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
-install(TARGETS orvo RUNTIME)
+install(TARGETS orvo orvo-driver-test RUNTIME)
 install(TARGETS simulated_panel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orvobusiness/drivers)
 
 # The client knows its commands and options best.

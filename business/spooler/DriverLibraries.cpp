@@ -4,8 +4,10 @@
 #include "spooler/DriverLibrary.h"
 #include "values/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <iterator>
 #include <map>
 #include <utility>
 
@@ -15,6 +17,13 @@ namespace {
 
 [[noreturn]] void Refuse(const std::string& path, const std::string& reason) {
   RaiseRuntimeError(RuntimeError::CannotCreateObject, "the library '" + path + "' " + reason);
+}
+
+// A list has no use for the sentence that every error 429 begins with.
+std::string ReasonOf(const AutomationError& error) {
+  const std::string usual = std::string(RuntimeErrorText(RuntimeError::CannotCreateObject)) + ": ";
+  const std::string& text = error.Description();
+  return text.starts_with(usual) ? text.substr(usual.size()) : text;
 }
 
 std::string TextOf(const char* text) {
@@ -33,7 +42,8 @@ std::vector<std::string> DriverLibraries::SearchPath(const char* variable,
     if (end != 0) folders.emplace_back(rest.substr(0, end));
     rest = end == std::string_view::npos ? "" : rest.substr(end + 1);
   }
-  folders.insert(folders.end(), installed.begin(), installed.end());
+  std::copy_if(installed.begin(), installed.end(), std::back_inserter(folders),
+               [](const std::string& folder) { return !folder.empty(); });
   return folders;
 }
 
@@ -91,7 +101,7 @@ std::vector<DriverLibraries::Found> DriverLibraries::List() const {
         library.progId = facts.progId;
         library.description = TextOf(facts.description);
       } catch (const AutomationError& error) {
-        library.refusal = error.Description();
+        library.refusal = ReasonOf(error);
       }
     }
   }

@@ -34,8 +34,8 @@ class DriverLibraries {
 
   // The environment variable that lists folders, separated by colons.
   static constexpr const char* PathVariable = "ORVO_DRIVER_PATH";
-  // The folders that `variable` (the value of PathVariable, null when it is not set) lists, without empty ones,
-  // then `installed`.
+  // The folders that `variable` (the value of PathVariable, null when it is not set) lists, then `installed`;
+  // without empty ones.
   static std::vector<std::string> SearchPath(const char* variable, const std::vector<std::string>& installed);
 
   // The loader must live longer than this object and every driver that it makes.

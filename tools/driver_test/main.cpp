@@ -62,7 +62,8 @@ int Test(const Options& options) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment
   const char* const variable = std::getenv(DriverLibraries::PathVariable);
   std::vector<std::string> folders = options.folders;
-  for (const std::string& folder : DriverLibraries::SearchPath(variable, {ORVO_DRIVER_FOLDER}))
+  for (const std::string& folder :
+       DriverLibraries::SearchPath(variable, {SystemLibraries::NextToProgram(ORVO_DRIVER_FOLDER)}))
     folders.push_back(folder);
   const DriverLibraries libraries(loader, std::move(folders));
   DriverRegistry registry;

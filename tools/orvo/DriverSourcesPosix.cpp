@@ -12,7 +12,8 @@ namespace {
 
 std::vector<std::string> Folders() {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here changes the environment
-  return DriverLibraries::SearchPath(std::getenv(DriverLibraries::PathVariable), {ORVO_DRIVER_FOLDER});
+  return DriverLibraries::SearchPath(std::getenv(DriverLibraries::PathVariable),
+                                     {SystemLibraries::NextToProgram(ORVO_DRIVER_FOLDER)});
 }
 
 }  // namespace

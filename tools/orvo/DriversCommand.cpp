@@ -4,6 +4,7 @@
 #include "DriverSources.h"
 #include "ExitCode.h"
 #include "simulated/SimulatedPanel.h"
+#include "values/Text.h"
 
 #include <iostream>
 
@@ -18,8 +19,11 @@ int RunDrivers(const Options& options) {
                                      {"state", "state"}},
                                     std::cout);
   writer->Row({SimulatedPanel::ProgId, PanelOptions().description, "(built in)", "usable"});
-  for (const FoundDriver& driver : sources.List())
-    writer->Row({driver.progId, driver.description, driver.path, driver.state});
+  for (const FoundDriver& driver : sources.List()) {
+    const bool hidden = FoldCase(driver.progId) == FoldCase(SimulatedPanel::ProgId);
+    writer->Row({driver.progId, driver.description, driver.path,
+                 hidden ? "not used: the one that is built in comes first" : driver.state});
+  }
   writer->End();
   std::cout.flush();
   if (options.format == Format::Table) std::cout << '\n' << sources.Note() << '\n';

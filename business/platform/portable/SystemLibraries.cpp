@@ -44,6 +44,12 @@ std::vector<std::string> SystemLibraries::LibrariesIn(const std::string& folder)
   return names;
 }
 
+std::string SystemLibraries::NextToProgram(const std::string& relative) {
+  std::error_code failure;
+  const fs::path program = fs::read_symlink("/proc/self/exe", failure);
+  return failure ? "" : (program.parent_path() / relative).lexically_normal().string();
+}
+
 const LibraryLoader::Library& SystemLibraries::Load(const std::string& path) {
   if (const auto found = loaded_.find(path); found != loaded_.end()) return *found->second;
   // Without a slash the name would be looked for in the system's own folders.

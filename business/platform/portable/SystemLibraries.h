@@ -18,6 +18,10 @@ class SystemLibraries final : public LibraryLoader {
   // symbols are not offered to other libraries: each has its own copy of what it is linked with.
   const Library& Load(const std::string& path) override;
 
+  // The folder `relative` as seen from the folder that the running program lies in, so that an installation can
+  // be moved as a whole; empty when the system does not tell where that is.
+  static std::string NextToProgram(const std::string& relative);
+
  private:
   std::map<std::string, std::unique_ptr<const Library>> loaded_;  // by path
 };
