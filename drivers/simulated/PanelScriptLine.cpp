@@ -4,6 +4,7 @@
 #include "simulated/PanelErrors.h"
 #include "values/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -143,9 +144,14 @@ std::chrono::milliseconds PanelScriptLine::Time(const std::string& what, std::ch
     const double milliseconds = std::round(*number * unit.milliseconds);
     const std::chrono::milliseconds longest = LongestTime;
     if (!(milliseconds >= static_cast<double>(minimum.count()) &&
-          milliseconds <= static_cast<double>(longest.count())))
-      Refuse(what + " " + text + " " + name + " " +
-             RangeText(std::to_string(minimum.count()) + " ms", std::to_string(LongestTime.count()) + " h"));
+          milliseconds <= static_cast<double>(longest.count()))) {
+      const std::string range =
+          RangeText(std::to_string(minimum.count()) + " ms", std::to_string(LongestTime.count()) + " h");
+      std::string wrong = what;
+      for (const std::string* word : {&text, &name, &range})
+        wrong.append(" ").append(*word);
+      Refuse(wrong);
+    }
     return std::chrono::milliseconds(static_cast<std::int64_t>(milliseconds));
   }
   Refuse("'" + name + "' is no unit of time: ms, s, min or h");

@@ -59,7 +59,7 @@ const std::array<Row, 24> Rows{{
     {"HeldProject", &O::heldProject, "set HeldProject \"plant\""},
     {"MaximumGroupWords", &O::maximumGroupWords, "set MaximumGroupWords 128", 0},
     {"MaximumGroupItems", &O::maximumGroupItems, "set MaximumGroupItems 32", 0},
-    {"DeviceKinds", &O::deviceKinds, "set DeviceKinds \"PanelB\" \"PanelC\""},
+    {"DeviceKinds", &O::deviceKinds, R"(set DeviceKinds "PanelB" "PanelC")"},
 }};
 
 constexpr std::array<std::int32_t, 10> BaudRates{300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
@@ -138,6 +138,7 @@ PanelSetting ReadPanelSetting(PanelScriptLine& line) {
 
 std::vector<std::string_view> PanelSettingExamples() {
   std::vector<std::string_view> examples;
+  examples.reserve(Rows.size());
   for (const Row& row : Rows)
     examples.push_back(row.example);
   return examples;

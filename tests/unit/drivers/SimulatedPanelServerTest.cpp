@@ -88,6 +88,69 @@ TEST_F(PanelOfAServer, ADriverChosenAnewRightAfterClosingDuringARequestServesThe
   EXPECT_EQ(events, (Log{"DataChange [1] [I2:8]"}));
 }
 
+TEST_F(PanelOfAServer, TheDriverConfigurationFileNamesThePanelsScript) {
+  files.PutFile("drivers.ini", "[Drivers]\nDataCommunication=SimulatedPanel.Channel\n1=PanelA?plant.panel\n");
+  files.PutFile("plant.panel",
+                "memory WO100 7\nset BoardDescription \"Line 7\"\nfault WO102 fail 5\nfault WO104 refuse");
+  Configure();
+  EXPECT_EQ(server->BoardDescription(), "Line 7");
+  const auto group = server->KELDataGroups()->Add();
+  group->KELDataItems()->Add("WO100");
+  group->KELDataItems()->Add("WO102");
+  EXPECT_THROW(group->KELDataItems()->Add("WO104"), AutomationError);
+  server->OpenCommunication();
+  SafeArray<Variant> values;
+  SafeArray<std::int32_t> errors;
+  group->SyncRead({1, 2}, values, errors);
+  EXPECT_EQ(LogText(values.At(0)) + ' ' + LogText(errors), "I2:7 [0,5]");
+}
+
+TEST_F(PanelOfAServer, AMistakeInTheScriptReachesTheClientWithItsLine) {
+  files.PutFile("drivers.ini", "[Drivers]\nDataCommunication=SimulatedPanel.Channel\n1=PanelA?plant.panel\n");
+  files.PutFile("plant.panel", "seed 1\nmemory WO101 7\n");
+  std::string text;
+  try {
+    Configure();
+  } catch (const AutomationError& error) {
+    text = error.Description();
+  }
+  EXPECT_NE(text.find("The panel script 'plant.panel' has 1 mistake:\r\nline 2: Item identifier 'WO101'"),
+            std::string::npos)
+      << text;
+}
+
+TEST_F(PanelOfAServer, AWriteThatIsNeverAnsweredStopsEveryLaterRequestOfItsServerOnly) {
+  files.PutFile("drivers.ini", "[Drivers]\nDataCommunication=SimulatedPanel.Channel\n1=PanelA?plant.panel\n");
+  files.PutFile("plant.panel", "fault WriteItems never\nmemory WO100 7");
+  Configure();
+  auto group = server->KELDataGroups()->Add();
+  group->KELDataItems()->Add("WO100");
+  const auto read = [&] {
+    SafeArray<Variant> values;
+    SafeArray<std::int32_t> errors;
+    group->SyncRead({1}, values, errors);
+    return LogText(values) + ' ' + LogText(errors);
+  };
+  server->OpenCommunication();
+  EXPECT_EQ(read(), "[I2:7] [0]");
+  const auto begin = platform.Now();
+  SafeArray<std::int32_t> errors;
+  group->SyncWrite({1}, {std::int32_t{1}}, errors);
+  EXPECT_EQ((platform.Now() - begin) / 1s, 10) << "the system's own time-out";
+  EXPECT_EQ(LogText(errors), "[1]");
+  EXPECT_EQ(read(), "[Empty] [1]");
+  server->CloseCommunication();
+  server->OpenCommunication();
+  EXPECT_EQ(read(), "[Empty] [1]");
+  EXPECT_EQ(panel.lock()->Memory().Word(100), 7) << "nothing was written";
+  server = KELDataServer::Create({platform, files, drivers});
+  Configure();
+  group = server->KELDataGroups()->Add();
+  group->KELDataItems()->Add("WO100");
+  server->OpenCommunication();
+  EXPECT_EQ(read(), "[I2:7] [0]");
+}
+
 TEST_F(PanelOfAServer, GroupsKeepRefreshingHoweverManyDefinitionsWereForgotten) {
   for (int cycle = 1; cycle <= 3 * 3; ++cycle) {
     SCOPED_TRACE(cycle);
