@@ -3,6 +3,7 @@
 #include "Completion.h"
 #include "ExitCode.h"
 #include "Interrupt.h"
+#include "Values.h"
 #include "errors/AutomationError.h"
 
 #include <cmath>
@@ -38,12 +39,27 @@ std::string CheckSetting(const std::string& text) {
   }
 }
 
+// CLI11 does not say which commands there are.
+std::string FailureText(const CLI::App& app, const CLI::Error& error) {
+  const CLI::App* command = &app;
+  while (!command->get_subcommands().empty())
+    command = command->get_subcommands().front();
+  const auto choices = command->get_subcommands([](const CLI::App* /*choice*/) { return true; });
+  if (choices.empty() || error.get_name() != "RequiredError") return error.what();
+  std::string text = command->get_parent() == nullptr ? "a command" : "a command of " + command->get_name();
+  text += " is wanted: ";
+  for (const CLI::App* choice : choices)
+    text += (choice == choices.front() ? "" : ", ") + choice->get_name();
+  return text;
+}
+
 void PrintError(const AutomationError& error, const DriverLog* log) {
-  std::cerr << "orvo: error " << error.Number() << ": " << error.Description() << '\n';
+  std::cerr << "orvo: error " << error.Number() << ": " << WithoutCarriageReturns(error.Description()) << '\n';
   if (log == nullptr || !log->Latest()) return;
   const AutomationError& said = *log->Latest();
   if (error.Description().find(said.Description()) == std::string::npos)
-    std::cerr << "orvo: the driver said: " << said.Number() << ": " << said.Description() << '\n';
+    std::cerr << "orvo: the driver said: " << said.Number() << ": "
+              << WithoutCarriageReturns(said.Description()) << '\n';
 }
 
 }  // namespace
@@ -53,8 +69,8 @@ CommandTree::CommandTree() {
   app_.footer(Footer);
   app_.set_version_flag("--version", "orvo " ORVO_VERSION, "print the version and end");
   app_.allow_windows_style_options(false);
-  app_.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
-    return std::string("orvo: ") + error.what() + "\norvo: run with --help for more information\n";
+  app_.failure_message([](const CLI::App* app, const CLI::Error& error) {
+    return "orvo: " + FailureText(*app, error) + "\norvo: run with --help for more information\n";
   });
   AddDemo();
   AddReading();
@@ -217,7 +233,7 @@ void CommandTree::AddConfig() {
   HasItems(save, false);
   save->add_option("--group", options_.selection.group, "name of the items' group [Group_1]")
       ->type_name("NAME");
-  save->add_option("--rate", options_.rate, "the group's update rate in milliseconds [0]")
+  save->add_option("--rate", options_.rate, "the group's update rate in milliseconds [500]")
       ->type_name("MS")
       ->check(CLI::Range(0, 86400000));
 }

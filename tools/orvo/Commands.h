@@ -14,6 +14,9 @@
 
 namespace orvo::client {
 
+// Milliseconds between two refreshes of a group that is given no rate.
+inline constexpr std::int32_t DefaultRate = 500;
+
 // What the options of a command can say. A command looks at those that it has.
 struct Options {
   Connection connection;

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "ExitCode.h"
+#include "Values.h"
 #include "server/ConfigurationProblem.h"
 
 #include <iostream>
@@ -11,8 +12,8 @@ namespace orvo::client {
 int RunConfigCheck(Session& session, const Options& options) {
   const std::vector<ConfigurationProblem> problems = session.server->CheckConfigurationFile(options.file);
   for (const ConfigurationProblem& problem : problems)
-    std::cout << options.file << ':' << problem.line << ": error " << problem.number << ": " << problem.text
-              << '\n';
+    std::cout << options.file << ':' << problem.line << ": error " << problem.number << ": "
+              << OneLine(problem.text) << '\n';
   if (problems.empty())
     std::cout << "no problems\n";
   else
@@ -27,7 +28,7 @@ int RunConfigSave(Session& session, const Options& options) {
       items.push_back(ItemArgument::Parse(text));
     const std::string& name = options.selection.group;
     const auto group = session.AddItems(name.empty() ? "Group_1" : name, items);
-    if (options.rate) group->PutUpdateRate(*options.rate);
+    group->PutUpdateRate(options.rate.value_or(DefaultRate));
   }
   session.server->SaveConfigurationToFile(options.file);
   std::int32_t items = 0;

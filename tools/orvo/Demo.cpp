@@ -53,11 +53,8 @@ void Heading(const std::string& text) {
 }
 
 void PrintProperties(KELDataServer& server) {
-  std::string description = server.Description();
-  if (const std::size_t end = description.find("\r\n"); end != std::string::npos)
-    description.replace(end, 2, " / ");
   Table table({"property", "value"});
-  table.Add({"Description", description});
+  table.Add({"Description", OneLine(server.Description())});
   table.Add({"MajorVersion.MinorVersion",
              std::to_string(server.MajorVersion()) + "." + std::to_string(server.MinorVersion())});
   table.Add({"BoardDescription", server.BoardDescription()});

@@ -7,6 +7,7 @@
 #include "errors/modIDataErrors.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iostream>
 
 namespace orvo::client {
@@ -16,7 +17,8 @@ namespace {
 // A bar on a terminal, a line for each ten percent otherwise.
 class Progress final : public KELDataServerEvents {
  public:
-  explicit Progress(std::string what) : what_(std::move(what)), terminal_(OutputIsTerminal()) {}
+  Progress(Session& session, std::string what)
+      : session_(session), what_(std::move(what)), terminal_(OutputIsTerminal()) {}
 
   bool complete = false;
 
@@ -26,25 +28,24 @@ class Progress final : public KELDataServerEvents {
   void DownloadProjectComplete() override { complete = true; }
 
   // Ends the bar's line.
-  void End() {
+  void End() const {
     if (terminal_ && shown_ >= 0) std::cout << '\n';
-    shown_ = -1;
   }
 
  private:
   void Show(int percent) {
     percent = std::clamp(percent, 0, 100);
     terminal_ ? Bar(percent) : Line(percent);
-    if (!Interrupt::Requested() || warned_) return;
-    warned_ = true;
-    End();
-    std::cerr << "orvo: the driver ends the transfer first; Ctrl-C again breaks it off\n";
+    session_.PollInterrupt();  // a driver need not pump while it transfers
   }
   void Bar(int percent) {
     if (percent == shown_) return;
     shown_ = percent;
-    constexpr int width = 40;
-    const auto filled = static_cast<std::size_t>(percent * width / 100);
+    constexpr std::size_t around = 24;  // what stands beside the bar
+    constexpr std::size_t longest = 40;
+    const std::size_t room = OutputSize().columns;
+    const std::size_t width = std::min(longest, room > around + 1 ? room - around : 1);
+    const std::size_t filled = static_cast<std::size_t>(percent) * width / 100;
     std::cout << "\r  " << what_ << "  [" << std::string(filled, '#') << std::string(width - filled, ' ')
               << "] " << percent << " %" << std::flush;
   }
@@ -55,20 +56,21 @@ class Progress final : public KELDataServerEvents {
     std::cout << "  " << what_ << "  " << tens << " %" << std::endl;
   }
 
+  Session& session_;
   const std::string what_;
   const bool terminal_;
   int shown_ = -1;  // percent
-  bool warned_ = false;
 };
 
 int RunDownload(Session& session, const std::string& what, const std::string& operation,
                 const std::string& file, void (KELDataServer::*download)(const std::string& FileName)) {
-  const auto progress = std::make_shared<Progress>(what);
+  const auto progress = std::make_shared<Progress>(session, what);
   const std::int32_t cookie = session.server->Events().Advise(progress);
   (session.server.get()->*download)(file);
   session.server->Events().Unadvise(cookie);
   progress->End();
   if (!progress->complete) {
+    std::cout.flush();
     Interrupt::Check();
     const std::string text = "the " + what + " '" + file + "' was not downloaded: ";
     if (const auto failure = session.Log().Failure(operation))

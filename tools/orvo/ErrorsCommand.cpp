@@ -38,7 +38,8 @@ std::vector<ErrorRow> AllErrors() {
                     std::move(text), std::string(AdviceFor(number))});
   };
   for (const DataErrorRow& row : DataErrorTable)
-    raised(row.code, static_cast<std::uint32_t>(row.code), row.name, Joined(row.prefix, row.meaning));
+    raised(row.code, static_cast<std::uint32_t>(row.code), row.name,
+           Joined(row.prefix, row.prefix.ends_with(' ') ? "" : ": ").append(row.meaning));
   for (const RuntimeErrorRow& row : RuntimeErrorTable) {
     const auto number = static_cast<std::int32_t>(row.error);
     raised(number, runtimeBase + static_cast<std::uint32_t>(number), "run-time error",

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "ExitCode.h"
+#include "Values.h"
 #include "errors/AutomationError.h"
 
 #include <iostream>
@@ -10,11 +11,6 @@
 namespace orvo::client {
 
 namespace {
-
-std::string OneLine(std::string text) {
-  if (const std::size_t end = text.find("\r\n"); end != std::string::npos) text.replace(end, 2, " / ");
-  return text;
-}
 
 void PrintProperties(KELDataServer& server, Format format) {
   const auto writer = MakeRowWriter(format, {{"property", "property"}, {"value", "value"}}, std::cout);

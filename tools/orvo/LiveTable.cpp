@@ -12,7 +12,7 @@ namespace orvo::client {
 
 namespace {
 
-constexpr std::uint32_t ShortestPause = 100;  // ms between two drawings
+constexpr std::uint32_t ShortestPause = 50;  // ms between two drawings
 constexpr std::uint32_t LongestPause = 1000;
 constexpr const char* HideCursor = "\x1b[?25l";
 constexpr const char* ShowCursor = "\x1b[?25h";

@@ -1,4 +1,4 @@
-// A table of all watched items that is drawn over itself on a terminal, at most ten times a second.
+// A table of all watched items that is drawn over itself on a terminal, at most twenty times a second.
 //
 // It takes no more than the terminal's height and width, and says how many rows do not fit. The cursor is
 // hidden while it lives.

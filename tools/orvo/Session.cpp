@@ -8,6 +8,7 @@
 #include "spooler/modMonoSpooler.h"
 
 #include <chrono>
+#include <optional>
 
 namespace orvo::client {
 
@@ -54,15 +55,29 @@ void Session::Configure(const Connection& connection) {
     server->PutDeviceType(deviceType);
   } else {
     hasConfiguration_ = true;
-    // For a file that names none; one that does may be right where the default is wrong.
-    if (!connection.deviceType) Suppressed([&] { server->PutDeviceType(deviceType); });
-    if (connection.deviceType) server->PutDeviceType(deviceType);
-    log_->Forget();
-    server->LoadConfigurationFromFile(connection.configurationFile, Variant(false));
+    LoadConfiguration(connection, deviceType);
     if (connection.deviceType && server->DeviceType() != deviceType) server->PutDeviceType(deviceType);
   }
   for (const std::string& setting : connection.settings)
     Setting::Parse(setting).Apply(*server);
+}
+
+void Session::LoadConfiguration(const Connection& connection, std::int32_t deviceType) {
+  // A configuration that names no device type needs one beforehand; one that does may be right where the
+  // default is wrong.
+  std::optional<AutomationError> failure;
+  try {
+    server->PutDeviceType(deviceType);
+  } catch (const AutomationError& error) {
+    if (connection.deviceType) throw;
+    failure = error;
+  }
+  try {
+    server->LoadConfigurationFromFile(connection.configurationFile, Variant(false));
+  } catch (const AutomationError&) {
+    if (failure && server->DeviceType() == 0) throw AutomationError(*failure);
+    throw;
+  }
 }
 
 void Session::Open() {
@@ -108,7 +123,8 @@ void Session::ReleaseWaiting() {
 void Session::PollInterrupt() {
   if (interrupted_ || !Interrupt::Requested()) return;
   interrupted_ = true;
-  Close();
+  // Whatever the status: a download that pumps while it runs breaks off by it.
+  server->CloseCommunication();
   // The answer that a close brings stays undelivered: the spooler stands still.
   ReleaseWaiting();
 }

@@ -50,6 +50,8 @@ class Session {
 
   bool HasConfiguration() const noexcept { return hasConfiguration_; }
 
+  // Closes communication when the client is to end. Called by a timer while messages are pumped.
+  void PollInterrupt();
   // Ends the wait of the synchronous call that is in progress; it finds error 1.
   void ReleaseWaiting();
 
@@ -59,7 +61,7 @@ class Session {
   PortablePlatform platform;
 
  private:
-  void PollInterrupt();
+  void LoadConfiguration(const Connection& connection, std::int32_t deviceType);
 
   BuiltInFiles files_;
   const std::shared_ptr<DriverLog> log_ = std::make_shared<DriverLog>();

@@ -62,6 +62,18 @@ std::string ValueText(const Variant& value) {
   return ToText(value);
 }
 
+std::string WithoutCarriageReturns(std::string text) {
+  std::erase(text, '\r');
+  return text;
+}
+
+std::string OneLine(std::string_view text) {
+  std::string line;
+  for (const char character : WithoutCarriageReturns(std::string(text)))
+    character == '\n' ? line.append(" / ") : line.append(1, character);
+  return line;
+}
+
 std::string TimeText(Date time) {
   const CivilTime civil = CivilFromDate(time);
   std::ostringstream text;

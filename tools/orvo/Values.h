@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace orvo::client {
 
@@ -16,6 +17,10 @@ std::string Hexadecimal(std::uint32_t number);
 // A client value: numbers as they are, texts in quotation marks, control characters in them as \x0A, bytes in
 // hexadecimal, "-" for Empty.
 std::string ValueText(const Variant& value);
+// The text with " / " in place of its line ends, CR LF or LF.
+std::string OneLine(std::string_view text);
+// The text with LF line ends.
+std::string WithoutCarriageReturns(std::string text);
 // Local time with milliseconds, "2026-11-21 12:00:03.250".
 std::string TimeText(Date time);
 

@@ -9,12 +9,6 @@
 
 namespace orvo::client {
 
-namespace {
-
-constexpr std::int32_t DefaultRate = 500;
-
-}  // namespace
-
 int RunWatch(Session& session, const Options& options) {
   const auto groups = session.Select(options.selection, "watch");
   // A group that is new, or was saved without a rate, would be refreshed as fast as the timers allow.

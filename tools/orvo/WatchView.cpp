@@ -93,10 +93,12 @@ std::unique_ptr<WatchView> MakePersonsView(const ThreadPlatform& platform,
   return MakeLinesView(platform, groups.size() > 1, out);
 }
 
+std::string SecondsText(std::uint32_t milliseconds) {
+  return std::to_string(milliseconds / 1000) + "." + std::to_string(milliseconds % 1000 / 100) + " s";
+}
+
 std::string ElapsedText(const ThreadPlatform& platform, std::uint32_t start) {
-  const std::uint32_t milliseconds = platform.TickCount() - start;
-  const std::string text =
-      std::to_string(milliseconds / 1000) + "." + std::to_string(milliseconds % 1000 / 100) + " s";
+  const std::string text = SecondsText(platform.TickCount() - start);
   constexpr std::size_t width = 7;
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }

@@ -54,7 +54,9 @@ std::unique_ptr<WatchView> MakePersonsView(const ThreadPlatform& platform,
                                            const std::vector<std::shared_ptr<KELDataGroup>>& groups,
                                            std::ostream& out);
 
-// Seconds since `start`, a tick count, as "  12.3 s".
+// "12.3 s"
+std::string SecondsText(std::uint32_t milliseconds);
+// Seconds since `start`, a tick count, in a column of their own.
 std::string ElapsedText(const ThreadPlatform& platform, std::uint32_t start);
 std::string CountsText(const WatchCounts& counts);
 

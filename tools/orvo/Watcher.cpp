@@ -117,10 +117,10 @@ void Watcher::Refreshed(const DataRequest& request) {
   });
   if (found == watched_.end()) return;
   Watched& watched = *found;
-  watched.answeredTick = session_.platform.TickCount();
-  watched.answeredAt = session_.platform.LocalNow();
   if (std::exchange(watched.silent, false))
     view_.Say("orvo: group '" + watched.group->GroupName() + "' answers again");
+  watched.answeredTick = session_.platform.TickCount();
+  watched.answeredAt = session_.platform.LocalNow();
 
   const bool whole = request.RequestType() == RT_ReadGroupAsyncRated;
   const SafeArray<std::int32_t> handles = whole ? watched.group->Items().AllHandles() : request.Handles();
@@ -134,7 +134,8 @@ void Watcher::Refreshed(const DataRequest& request) {
     const auto previous = watched.errors.find(handle);
     const bool sameError = previous == watched.errors.end() ? error == 0 : previous->second == error;
     watched.errors.insert_or_assign(handle, error);
-    if (value == changed.end() && sameError) continue;
+    // An item that goes on failing is in each DataChange, and is no news.
+    if (sameError && (value == changed.end() || error != 0)) continue;
     Change change{watched.group->KELDataItems()->Item(handle), {}, error};
     if (error == 0) change.value = value != changed.end() ? value->second : change.item->USERValue();
     changes.push_back(std::move(change));
@@ -157,8 +158,7 @@ void Watcher::LookForSilence() {
     constexpr std::size_t timeFrom = 11;
     constexpr std::size_t timeLength = 8;
     view_.Say("orvo: group '" + watched.group->GroupName() + "' is silent: no answer since " +
-              TimeText(watched.answeredAt).substr(timeFrom, timeLength) + " (" + std::to_string(since / 1000) +
-              "." + std::to_string(since % 1000 / 100) + " s)");
+              TimeText(watched.answeredAt).substr(timeFrom, timeLength) + " (" + SecondsText(since) + ")");
   }
 }
 

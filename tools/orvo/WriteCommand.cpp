@@ -60,6 +60,15 @@ int RunWrite(Session& session, const Options& options) {
     if (error.Number() != errInvalidFormat) throw;
     RaiseWithReason(error, *group, values, options.assignments);
   }
+  const bool unknown = std::any_of(errors.View().begin(), errors.View().end(),
+                                   [](std::int32_t error) { return error == RequestFailed; });
+  const auto sayUnknown = [&] {
+    if (unknown)
+      std::cerr << "orvo: the outcome of a write with error 1 is unknown: read the items back before you write "
+                   "again\n";
+  };
+  if (Interrupt::Requested()) sayUnknown();
+  Interrupt::Check();
   const auto writer = MakeRowWriter(
       options.format, {{"identifier", "identifier"}, {"written", "written"}, {"error", "error"}}, std::cout);
   for (std::size_t k = 0; k < items.size(); ++k)
@@ -67,14 +76,7 @@ int RunWrite(Session& session, const Options& options) {
         {{items[k]->ItemId(), IdentifierText(*items[k])}, Cell::Of(values.View()[k]), errors.View()[k]});
   writer->End();
   std::cout.flush();
-  const auto is = [&](std::int32_t code) {
-    return std::any_of(errors.View().begin(), errors.View().end(),
-                       [code](std::int32_t error) { return error == code; });
-  };
-  if (is(RequestFailed))
-    std::cerr
-        << "orvo: the outcome of a write with error 1 is unknown: read the items back before you write again\n";
-  Interrupt::Check();
+  sayUnknown();
   session.Close();
   const bool succeeded =
       std::all_of(errors.View().begin(), errors.View().end(), [](std::int32_t error) { return error == 0; });
