@@ -42,7 +42,7 @@ void PanelFaults::PutScript(std::uint32_t seed, std::span<const PanelFault> faul
 bool PanelFaults::Hits(Rule& rule, bool wanted) {
   ++rule.seen;
   const PanelFault& fault = rule.fault;
-  if (!wanted || rule.seen <= fault.after || (fault.times != 0 && rule.hits >= fault.times)) return false;
+  if (!wanted || rule.seen <= fault.after) return false;
   if (fault.chance < 100 && static_cast<double>(random_()) / DrawRange * 100 >= fault.chance) return false;
   ++rule.hits;
   return true;

@@ -140,6 +140,17 @@ TEST(PanelScript, MemoryTakesEachKindOfItemWithinItsRange) {
     EXPECT_EQ(FailureOfText(line).substr(0, 3), "10:") << line;
 }
 
+TEST(PanelScript, OfTwoValuesOfAnItemTheLaterStaysAndWhatIsLeftOfATextOrOfBytesIsZero) {
+  PanelMemory memory;
+  Parse(
+      "memory ST002004 \"abcd\"\nmemory ST002004 \"x\"\nmemory RA004 A0 A1 A2 A3\nmemory RA004 B0\n"
+      "memory WO100 1\nmemory WO100 2")
+      .FillMemory(memory);
+  EXPECT_EQ(memory.DoubleWord(200), 0x78000000U);
+  EXPECT_EQ(memory.DoubleWord(32768), 0xB0000000U);
+  EXPECT_EQ(memory.Word(100), 2);
+}
+
 TEST(PanelScript, EachSettingReachesItsOption) {
   const PanelOptions options =
       Parse(
