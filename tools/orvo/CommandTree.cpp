@@ -10,6 +10,7 @@
 #include <iostream>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace orvo::client {
 
@@ -46,8 +47,10 @@ std::string FailureText(const CLI::App& app, const CLI::Error& error) {
     command = command->get_subcommands().front();
   const auto choices = command->get_subcommands([](const CLI::App* /*choice*/) { return true; });
   if (choices.empty() || error.get_name() != "RequiredError") return error.what();
-  std::string text = command->get_parent() == nullptr ? "a command" : "a command of " + command->get_name();
-  text += " is wanted: ";
+  const std::vector<std::string> unknown = app.remaining(true);
+  const std::string what = command->get_parent() == nullptr ? "command" : "command of " + command->get_name();
+  std::string text = unknown.empty() ? "a " + what + " is wanted: "
+                                     : "'" + unknown.front() + "' is no " + what + "; there are: ";
   for (const CLI::App* choice : choices)
     text += (choice == choices.front() ? "" : ", ") + choice->get_name();
   return text;
