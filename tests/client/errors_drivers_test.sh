@@ -92,7 +92,7 @@ if [ -n "${ORVO_DRIVER_PATH:-}" ]; then
 {"identifier":"Logged.Panel","description":"The simulated panel, telling what is called",
  "library":"$installed/Logged.Panel.so","state":"usable"},
 {"identifier":"Broken.Panel","description":"","library":"$folder/broken/Broken.Panel.so",
- "state":"refused: ActiveX component can't create object: the library '$folder/broken/Broken.Panel.so' cannot be loaded: WHY"},
+ "state":"refused: the library '$folder/broken/Broken.Panel.so' cannot be loaded: WHY"},
 {"identifier":"Logged.Panel","description":"","library":"$folder/broken/Logged.Panel.so",
  "state":"not used: $installed/Logged.Panel.so comes first"}]
 END

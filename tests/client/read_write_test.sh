@@ -153,6 +153,42 @@ prints "a refused write is not sent again" 2 <<'END'
   WO100       1        99
 END
 
+go write --panel plant.panel --format csv WO100=5 ST0020010='a,"b"' RA036=01,02
+prints "what was written as csv" 0 <<'END'
+identifier,written,error
+WO100,5,0
+ST0020010,"a,""b""",0
+RA036,01 02,0
+END
+plant faults.panel <<<'fault WO104 fail 4'
+go write --panel faults.panel --format json WO100:signed=-5 FL112=1.5 ST0020010='a,"b"' RA036=01,02 WO104=1
+prints_json "what was written as json" 2 <<'END'
+[{"identifier":"WO100","written":-5,"error":0},
+{"identifier":"FL112","written":1.5,"error":0},
+{"identifier":"ST0020010","written":"a,\"b\"","error":0},
+{"identifier":"RA036","written":"01 02","error":0},
+{"identifier":"WO104","written":1,"error":4}]
+END
+
+# --- a device that never answers
+
+plant mute.panel <<'END'
+fault ReadItems never
+fault WriteItems never
+END
+go read --panel mute.panel --timeout 0.3 WO100
+prints "a read that is never answered" 2 <<'END'
+  item    identifier  raw bytes  client value  error
+  ------  ----------  ---------  ------------  -----
+  Item_1  WO100       -          -             1
+END
+go write --panel mute.panel WO100=1
+prints "a write that is never answered" 2 "$unknown" <<'END'
+  identifier  written  error
+  ----------  -------  -----
+  WO100       1        1
+END
+
 # --- what is refused before anything is sent
 
 # refused COMMAND ITEM TEXT: the server refuses the identifier, and the driver says why.
@@ -176,5 +212,22 @@ go write --panel plant.panel RA036=A0,GG
 fails "write: no byte" 3 "orvo: RA036=: 'GG' is no byte in hexadecimal; a raw item takes bytes such as A0,A1,FF"
 go read --panel plant.panel
 fails "read: no items" 3 "orvo: there are no items: name one, or a configuration with --config FILE"
+
+# --- the command line, and an output that takes nothing
+
+go read --panel plant.panel --format csv --set ProjectName=plant --set BaudRate=19200 FL112 BI102.3
+prints "--set before the items" 0 <<'END'
+item,identifier,raw,value,error
+Item_1,FL112,00 00 A4 41,20.5,0
+Item_2,BI102.3,08 00,1,0
+END
+if [ -c /dev/full ] && [ ${#client[@]} = 1 ]; then
+  "${client[@]}" read --panel plant.panel WO100 2>err >/dev/full
+  status=$?
+  : >out
+  fails "the output cannot be written" 1 "orvo: the output could not be written"
+else
+  echo "skipped: an output that takes nothing"
+fi
 
 finish

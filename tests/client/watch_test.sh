@@ -46,6 +46,13 @@ prints_json "json lines" 0 <<'END'
 {"time":"TIME","group":"watch","item":"Item_4","identifier":"DW120","value":"N","error":0}
 END
 
+go watch --panel plant.panel --rate 100 --count 1 WO100:signed FL112 ST0020010
+sed -i -E 's/^( *)[0-9]+\.[0-9] s/\1N s/' out
+prints "lines for a person" 0 <<'END'
+  N s  WO100=-25536  FL112=20.5  ST0020010="Vanilla 3%"
+1 DataChange events with 3 changed values
+END
+
 cat >two.cfg <<'END'
 [Communication Parameters]
 DeviceType=2

@@ -1,0 +1,26 @@
+#!/bin/bash
+# `orvo demo`: the round that the README shows.
+. "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/client.sh"
+
+# still FILE: the part that the README shows up to the changes, without the values that move.
+still() {
+  awk '/^A synchronous read/ { on = 1 }
+       on && $2 ~ /^(BI|BY|DW|FL)|^WO104/ { $0 = "  " $1 " " $2 }
+       on
+       /^DataChange events/ { exit }' "$1"
+}
+
+go demo --for 1.2
+same "demo: exit code" 0 $status
+same "demo: stderr" "" "$(cat err)"
+same "demo: the driver configuration file comes first" "The driver configuration file:" "$(head -1 out)"
+still "$here/../../README.md" >expected
+still out >shown
+check "demo: the README shows it" [ "$(wc -l <expected)" -gt 20 ]
+differs "demo" "what the README shows" expected shown
+sed '1,/^DataChange/d' out >changes
+check "demo: changes" [ "$(grep -cE '^ +[0-9]+\.[0-9] s  [A-Z]' changes)" -ge 2 ]
+check "demo: every item at first" grep -qE '^ +0\.[0-9] s  BI100.3=.*  BY103=.*  WO104=.*  WO106=1234  DW108=.*  FL112=.*  ST.*  RA036=' \
+  changes
+
+finish
