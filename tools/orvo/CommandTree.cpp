@@ -110,8 +110,7 @@ void CommandTree::ReachesDevice(CLI::App* command, Command run, bool takesConfig
                    "property to set after the load, repeatable: BaudRate, ComPortNumber, Timeout, WordIO, "
                    "ProjectName, AutoDownloadFirmware, AutoDownloadProject")
       ->type_name("NAME=VALUE")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->allow_extra_args(false)  // what stands behind its value is an item
       ->check(CheckSetting, "");
   command->callback([this, run] { command_ = [this, run] { return RunInSession(run); }; });
 }

@@ -48,7 +48,6 @@ class CommandTree {
   std::string shell_;
   double timeoutSeconds_ = 10;
   double demoSeconds_ = 8;
-  double watchSeconds_ = 0;
 };
 
 }  // namespace orvo::client

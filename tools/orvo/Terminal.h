@@ -13,6 +13,8 @@ struct TerminalSize {
 // Call it before the first output: line ends are written as they are.
 void PrepareOutput();
 bool OutputIsTerminal();
+// Whether another program reads the output.
+bool OutputIsPipe();
 // Whether the output is a terminal on which a table can be drawn over itself.
 bool OutputCanBeRedrawn();
 // As it is now; 24 by 80 when the system does not tell.

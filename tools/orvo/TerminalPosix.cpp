@@ -1,6 +1,7 @@
 #include "Terminal.h"
 
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -12,6 +13,11 @@ void PrepareOutput() {}
 
 bool OutputIsTerminal() {
   return isatty(STDOUT_FILENO) == 1;
+}
+
+bool OutputIsPipe() {
+  struct stat facts {};
+  return fstat(STDOUT_FILENO, &facts) == 0 && (S_ISFIFO(facts.st_mode) || S_ISSOCK(facts.st_mode));
 }
 
 bool OutputCanBeRedrawn() {

@@ -22,8 +22,9 @@ int Run(int count, char** arguments) {
   }
   std::cout.flush();
   if (std::cout.good()) return exitCode;
-  // A reader that has gone wanted no more; anything else is a loss.
   if (Interrupt::Requested()) return Interrupt::ExitCode();
+  // A reader that has gone wanted no more; anything else is a loss.
+  if (OutputIsPipe()) return Success;
   std::cerr << "orvo: the output could not be written\n";
   return Failed;
 }
