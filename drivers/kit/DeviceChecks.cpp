@@ -1,7 +1,9 @@
 // Making a driver and its device, and what the device makes of identifiers.
 #include "errors/AutomationError.h"
 #include "kit/Checks.h"
+#include "values/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -43,6 +45,38 @@ void CompilesItems(DriverSession& session) {
       throw CheckFailed{name + "is a floating-point item of " + std::to_string(item.words) +
                         " words instead of 2"};
   }
+}
+
+// What the system reads out of an identifier by itself, for the range of what may be written.
+struct Form {
+  std::string_view code;
+  std::int32_t type;
+  std::int32_t words;       // 0: given by the characters
+  std::size_t lengthPlace;  // of the number of characters or bytes
+};
+constexpr std::array Forms{Form{"BY", 0, 1, 0}, Form{"WO", 0, 1, 0}, Form{"DW", 0, 2, 0},
+                           Form{"FL", 2, 2, 0}, Form{"ST", 1, 0, 7}, Form{"RA", 3, 0, 4}};
+
+std::int32_t WordsOf(const Form& form, const std::string& id) {
+  if (form.words != 0 || id.size() <= form.lengthPlace) return form.words;
+  const double length = LeadingNumber(std::string_view(id).substr(form.lengthPlace));
+  return static_cast<std::int32_t>(std::ceil(std::min(length, 65535.0) / 2));
+}
+
+void FitsIdentifiers(DriverSession& session) {
+  bool any = false;
+  for (const CompiledItem& item : session.Items()) {
+    const auto form = std::find_if(Forms.begin(), Forms.end(),
+                                   [&](const Form& known) { return item.id.starts_with(known.code); });
+    if (form == Forms.end()) continue;
+    any = true;
+    const std::int32_t words = WordsOf(*form, item.id);
+    if (item.type != form->type || item.words != words)
+      throw CheckFailed{"'" + item.id + "' is compiled to type " + std::to_string(item.type) + " and " +
+                        std::to_string(item.words) + " words; by its letters it has type " +
+                        std::to_string(form->type) + " and " + std::to_string(words) + " words"};
+  }
+  if (!any) throw NotApplicable{"no identifier begins with BY, WO, DW, FL, ST or RA"};
 }
 
 void CompilesAlike(DriverSession& session) {
@@ -125,6 +159,10 @@ constexpr std::array List{
            "An identifier is compiled to an address, a length of 1 to 32767 words and a type of 0 to 3."},
           "knows-kind",
           CompilesItems},
+    Check{{"fits-identifiers",
+           "An identifier that begins with BY, WO, DW, FL, ST or RA has the type and length of these."},
+          "compiles-items",
+          FitsIdentifiers},
     Check{{"compiles-alike", "An identifier is compiled to the same facts every time."},
           "compiles-items",
           CompilesAlike},

@@ -1,17 +1,21 @@
 // Sample.Channel: a driver for a device that is a piece of memory, to begin an own driver with.
 //
-// Identifiers: R0..R9 registers of 16 bits, F0..F3 floating-point numbers, T0 a text of 20 characters.
-// Requests are taken at once and answered by the next pass of the message loop, with errors when communication
-// was closed meanwhile. A driver with a real line starts its transfer in Take, on a thread of its own when the
-// line blocks, and comes back through host.platform.Post.
+// Identifiers: WO0..WO9 words of 16 bits, FL0..FL3 floating-point numbers, ST0000020 a text of 20 characters.
+// The system reads the size of a value out of the first letters of an identifier (and the length of a text
+// behind its five digits). Requests are taken at once and answered by the next pass of the message loop, with
+// errors when communication was closed meanwhile. A driver with a real line starts its transfer in Take, on a
+// thread of its own when the line blocks, and comes back through host.platform.Post.
 #include "errors/AutomationError.h"
 #include "spooler/DriverLibrary.h"
 #include "values/VariantConversion.h"
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <functional>
+#include <iterator>
 #include <map>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,21 +29,20 @@ using Bytes = std::vector<std::uint8_t>;
 enum DriverError : std::int32_t { Busy = 1, WrongState = 2, LinkDown = 5, BadValue = 10 };
 enum ItemType : std::int32_t { Integer = 0, Text = 1, Float = 2 };
 
+// The items of one kind: `name` and a digit up to `last`.
 struct ItemKind {
-  char letter;
-  int count;
+  std::string_view name;
+  char last;
   std::int32_t words;
   ItemType type;
 };
-constexpr ItemKind Kinds[] = {{'R', 10, 1, Integer}, {'F', 4, 2, Float}, {'T', 1, 10, Text}};
+constexpr ItemKind Kinds[] = {{"WO", '9', 1, Integer}, {"FL", '3', 2, Float}, {"ST000002", '0', 10, Text}};
 
-// The address is letter * 16 + number: never 0, which stands for an item that is gone.
-const ItemKind* KindOf(double address, int& number) {
-  for (const ItemKind& kind : Kinds) {
-    const double offset = address - kind.letter * 16;
-    if (offset < 0 || offset >= kind.count || offset != static_cast<int>(offset)) continue;
-    number = static_cast<int>(offset);
-    return &kind;
+// The address is 100 * (kind + 1) + digit: never 0, which stands for an item that is gone.
+const ItemKind* KindOf(double address) {
+  for (std::size_t k = 0; k < std::size(Kinds); ++k) {
+    const double digit = address - 100.0 * static_cast<double>(k + 1);
+    if (digit >= 0 && digit <= Kinds[k].last - '0' && digit == std::floor(digit)) return &Kinds[k];
   }
   return nullptr;
 }
@@ -48,11 +51,11 @@ class SampleDevice : public orvo::DeviceObject {
  public:
   bool CompileItemId(const std::string& ItemId, double& CompiledAddress, std::int32_t& WordLength,
                      std::int32_t& ItemType) override {
-    if (ItemId.size() != 2 || ItemId[1] < '0' || ItemId[1] > '9') return false;
-    for (const ItemKind& kind : Kinds) {
-      const int number = ItemId[1] - '0';
-      if (kind.letter != ItemId[0] || number >= kind.count) continue;
-      CompiledAddress = kind.letter * 16 + number;
+    for (std::size_t k = 0; k < std::size(Kinds); ++k) {
+      const ItemKind& kind = Kinds[k];
+      if (ItemId.size() != kind.name.size() + 1 || !ItemId.starts_with(kind.name)) continue;
+      if (ItemId.back() < '0' || ItemId.back() > kind.last) continue;
+      CompiledAddress = 100.0 * static_cast<double>(k + 1) + (ItemId.back() - '0');
       WordLength = kind.words;
       ItemType = kind.type;
       return true;
@@ -166,8 +169,7 @@ class SampleDriver : public orvo::CommunicationDriver, public std::enable_shared
 
   // The bytes of an item, the least significant first; null for an address or a length that is none.
   Bytes* Find(double address, std::int16_t words) {
-    int number = 0;
-    const ItemKind* const kind = KindOf(address, number);
+    const ItemKind* const kind = KindOf(address);
     if (!kind || kind->words != words) return nullptr;
     Bytes& bytes = memory_[address];
     bytes.resize(static_cast<std::size_t>(words) * 2);

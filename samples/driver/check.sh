@@ -4,7 +4,7 @@
 ORVO_DRIVER_PATH=${ORVO_DRIVER_PATH:-$(dirname "$0")/build}
 export ORVO_DRIVER_PATH
 exec orvo-driver-test Sample.Channel --kind SampleBoard \
-  --item R0 --item R9 --item F3 --item T0 \
-  --write R0=4711 --write R9=-1 --write F3=2.5 --write "T0=Vanilla 3%" \
-  --wrong-item R10 --wrong-item X0 --wrong-item "" \
+  --item WO0 --item WO9 --item FL3 --item ST0000020 \
+  --write WO0=4711 --write WO9=-1 --write FL3=2.5 --write "ST0000020=Vanilla 3%" \
+  --wrong-item WO10 --wrong-item XX0 --wrong-item "" \
   --timeout 2 --quiet 0.1

@@ -2,6 +2,8 @@
 
 #include "values/VariantConversion.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 #include <utility>
 
@@ -15,10 +17,12 @@ class AwkwardDevice final : public DeviceObject {
 
   bool CompileItemId(const std::string& ItemId, double& CompiledAddress, std::int32_t& WordLength,
                      std::int32_t& ItemType) override {
-    const bool valid = ItemId.size() == 2 && ItemId[0] == 'R' && ItemId[1] >= '0' && ItemId[1] <= '9';
+    const std::string name = ItemId.substr(0, ItemId.size() - std::min<std::size_t>(ItemId.size(), 1));
+    const bool valid =
+        (name == "R" || name == "WO" || name == "DW") && ItemId.back() >= '0' && ItemId.back() <= '9';
     if (!valid && slip_ == Slip::RefusesWithoutText) throw AutomationError(10, "");
     if (!valid && slip_ != Slip::TakesEveryIdentifier) return false;
-    CompiledAddress = valid ? 100 + ItemId[1] : 1;
+    CompiledAddress = valid ? 100 + ItemId.back() : 1;
     if (slip_ == Slip::CompilesAnew) CompiledAddress += 1000 * ++calls_;
     WordLength = slip_ == Slip::CompilesNonsense ? 0 : 1;
     ItemType = 0;

@@ -1,7 +1,7 @@
 // A driver in memory that keeps the contract but for one slip: what the scripts of the simulated panel cannot
 // do wrong.
 //
-// Identifiers are R0..R9, words. Answers are posted.
+// Identifiers are R0..R9, WO0..WO9 and DW0..DW9, all of them words. Answers are posted.
 #pragma once
 
 #include "spooler/DriverRegistry.h"

@@ -18,7 +18,7 @@ using kit::Verdict;
 void RunBoard(KitRun& run, const DriverRegistry::Factory& factory) {
   run.files.PutFile("firmware.bin", "f");
   run.plan.deviceKind = "Board";
-  run.plan.items = {"R0", "R1"};
+  if (run.plan.items.empty()) run.plan.items = {"R0", "R1"};
   run.plan.writes = {{"R0", "7"}, {"R1", "-1"}};
   run.plan.wrongItems = {"X1"};
   run.plan.firmwareFile = "firmware.bin";
@@ -60,6 +60,19 @@ TEST(DriverUnderTest, AFactoryThatGivesNothingOrFailsIsFound) {
            [](DriverHost) -> std::shared_ptr<CommunicationDriver> { throw AutomationError(3, "no port"); });
   EXPECT_EQ(failing.Detail("makes-drivers"), "the factory failed with 3 (no port)");
   EXPECT_EQ(failing.Detail("reads"), "it builds on opens, which has not passed");
+}
+
+TEST(DriverUnderTest, ALengthThatDoesNotFitTheIdentifierIsFound) {
+  KitRun run;
+  run.plan.items = {"WO0"};
+  RunSlip(run, Slip::None);
+  EXPECT_EQ(run.Failed(), "");
+  EXPECT_EQ(run.Detail("fits-identifiers"), "");
+  run.plan.items = {"WO0", "DW0"};
+  RunSlip(run, Slip::None);
+  EXPECT_EQ(run.Failed(), "fits-identifiers");
+  EXPECT_EQ(run.Detail("fits-identifiers"),
+            "'DW0' is compiled to type 0 and 1 words; by its letters it has type 0 and 2 words");
 }
 
 struct SlipRow {
