@@ -1,5 +1,6 @@
 #include "Completion.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <sstream>
 #include <string_view>
@@ -90,9 +91,8 @@ std::vector<std::string> Candidates(const Node& node) {
 }
 
 bool TakesFile(const Node& node) {
-  for (const Word& argument : node.arguments)
-    if (argument.takesFile) return true;
-  return false;
+  return std::any_of(node.arguments.begin(), node.arguments.end(),
+                     [](const Word& argument) { return argument.takesFile; });
 }
 
 // The part that bash and zsh have in common: which command the line is in, and what its option wants.
@@ -163,11 +163,42 @@ std::string Zsh(const std::vector<Node>& nodes) {
   return out.str();
 }
 
+std::string QuotedForFish(std::string_view text) {
+  return Quoted(text, "\\'");
+}
+
+// The rest of a line that offers the word: an option with its value, or what an argument takes.
+std::string FishWord(const Word& word) {
+  std::string text;
+  for (const std::string& name : word.names)
+    text += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
+  const bool isOption = !word.names.empty();
+  if (word.takesFile)
+    text += isOption ? " -r -F" : " -F";
+  else if (isOption && word.takesValue)
+    text += " -x";
+  if (!word.values.empty()) text += " -a " + QuotedForFish(Joined(word.values));
+  if (isOption) text += " -d " + QuotedForFish(word.description);
+  return text;
+}
+
+void PrintFishNode(const Node& node, std::ostream& out) {
+  const std::string at = "complete -c orvo -n " + QuotedForFish("__orvo_at \"" + node.path + "\"");
+  for (const Word& option : node.options)
+    out << at << FishWord(option) << '\n';
+  for (const Word& argument : node.arguments)
+    if (argument.takesFile || !argument.values.empty()) out << at << FishWord(argument) << '\n';
+  if (node.path.empty()) return;
+  // The command itself is offered where its parent stands.
+  const std::size_t blank = node.path.rfind(' ');
+  out << "complete -c orvo -n " << QuotedForFish("__orvo_at \"" + node.path.substr(0, blank) + "\"") << " -a "
+      << node.path.substr(blank + 1) << " -d " << QuotedForFish(node.description) << '\n';
+}
+
 std::string Fish(const std::vector<Node>& nodes) {
-  const auto quoted = [](std::string_view text) { return Quoted(text, "\\'"); };
   std::vector<std::string> paths;
   for (const Node& node : nodes)
-    if (!node.path.empty()) paths.push_back(quoted(node.path));
+    if (!node.path.empty()) paths.push_back(QuotedForFish(node.path));
   std::ostringstream out;
   out << "# fish completion of orvo\n"
          "function __orvo_at\n"
@@ -182,28 +213,8 @@ std::string Fish(const std::vector<Node>& nodes) {
          "  test \"$at\" = \"$argv[1]\"\n"
          "end\n"
          "complete -c orvo -f\n";
-  for (const Node& node : nodes) {
-    const std::string at = "complete -c orvo -n " + quoted("__orvo_at \"" + node.path + "\"");
-    for (const Word& option : node.options) {
-      out << at;
-      for (const std::string& name : option.names)
-        out << (name.rfind("--", 0) == 0 ? " -l " + name.substr(2) : " -s " + name.substr(1));
-      if (option.takesFile)
-        out << " -r -F";
-      else if (option.takesValue)
-        out << " -x";
-      if (!option.values.empty()) out << " -a " << quoted(Joined(option.values));
-      out << " -d " << quoted(option.description) << '\n';
-    }
-    for (const Node& other : nodes)
-      for (const std::string& command : node.commands)
-        if (other.path == node.path + " " + command)
-          out << at << " -a " << command << " -d " << quoted(other.description) << '\n';
-    for (const Word& argument : node.arguments) {
-      if (argument.takesFile) out << at << " -F\n";
-      if (!argument.values.empty()) out << at << " -a " << quoted(Joined(argument.values)) << '\n';
-    }
-  }
+  for (const Node& node : nodes)
+    PrintFishNode(node, out);
   return out.str();
 }
 
