@@ -5,7 +5,7 @@
 #include "kit/WatchedPlatform.h"
 
 #include <algorithm>
-#include <map>
+#include <string>
 #include <utility>
 
 namespace orvo::kit {
@@ -21,13 +21,16 @@ std::vector<Check> AllChecks() {
   return all;
 }
 
-// The first of the names in `needs` whose check has not passed; empty when all have.
-std::string_view MissingGround(std::string_view needs, const std::map<std::string_view, Verdict>& verdicts) {
+// Why a check that needs others has no ground; empty when they have all passed.
+std::string MissingGround(std::string_view needs, const std::vector<CheckResult>& results) {
   while (!needs.empty()) {
     const std::string_view name = needs.substr(0, needs.find(' '));
     needs.remove_prefix(std::min(name.size() + 1, needs.size()));
-    const auto found = verdicts.find(name);
-    if (found == verdicts.end() || found->second != Verdict::Passed) return name;
+    const auto found = std::find_if(results.begin(), results.end(),
+                                    [&](const CheckResult& result) { return result.check.name == name; });
+    if (found == results.end()) return "it builds on " + std::string(name) + ", which has not run";
+    if (found->verdict == Verdict::Failed) return "it builds on " + std::string(name) + ", which failed";
+    if (found->verdict == Verdict::NotApplicable) return found->detail;
   }
   return {};
 }
@@ -52,12 +55,11 @@ std::vector<CheckInfo> DriverTestKit::Checks() {
 
 std::vector<CheckResult> DriverTestKit::Run(const Report& report) {
   std::vector<CheckResult> results;
-  std::map<std::string_view, Verdict> verdicts;
   for (const Check& check : AllChecks()) {
     CheckResult result{check.info, Verdict::Passed, ""};
-    if (const std::string_view missing = MissingGround(check.needs, verdicts); !missing.empty()) {
+    if (std::string missing = MissingGround(check.needs, results); !missing.empty()) {
       result.verdict = Verdict::NotApplicable;
-      result.detail = "it builds on " + std::string(missing) + ", which has not passed";
+      result.detail = std::move(missing);
     } else {
       WatchedPlatform& platform = *watched_.emplace_back(std::make_unique<WatchedPlatform>(platform_));
       try {
@@ -74,7 +76,6 @@ std::vector<CheckResult> DriverTestKit::Run(const Report& report) {
         result.detail = "it broke off with " + CaughtText();
       }
     }
-    verdicts.emplace(check.info.name, result.verdict);
     if (report) report(result);
     results.push_back(std::move(result));
   }

@@ -59,7 +59,8 @@ TEST(DriverUnderTest, AFactoryThatGivesNothingOrFailsIsFound) {
   RunBoard(failing,
            [](DriverHost) -> std::shared_ptr<CommunicationDriver> { throw AutomationError(3, "no port"); });
   EXPECT_EQ(failing.Detail("makes-drivers"), "the factory failed with 3 (no port)");
-  EXPECT_EQ(failing.Detail("reads"), "it builds on opens, which has not passed");
+  EXPECT_EQ(failing.Detail("takes-sink"), "it builds on makes-drivers, which failed");
+  EXPECT_EQ(failing.Detail("reads"), "it builds on makes-drivers, which failed") << "the first cause is told";
 }
 
 TEST(DriverUnderTest, ALengthThatDoesNotFitTheIdentifierIsFound) {
