@@ -1,12 +1,13 @@
 #!/bin/bash
 # orvo-driver-test as its users run it.
-# Usage: driver_test.sh PROGRAM FOLDER_OF_THE_PANEL FOLDER_OF_ANOTHER_BUILD FOLDER_OF_ANOTHER_CONTRACT SCRATCH_FOLDER
+# Usage: driver_test.sh PROGRAM FOLDER_OF_THE_PANEL FOLDER_OF_ANOTHER_BUILD FOLDER_OF_ANOTHER_CONTRACT SCRATCH_FOLDER PAGE
 set -u
 program=$1
 panel=$2
 other_build=$3
 other_contract=$4
 scratch=$5
+page=$6
 rm -rf "$scratch" && mkdir -p "$scratch" && cd "$scratch" || exit 1
 export ORVO_DRIVER_PATH=$panel
 
@@ -50,6 +51,18 @@ run 1 SimulatedPanel.Channel --kind 'PanelB?twice.panel' "${board[@]}"
 has "$out" '^FAILED  answers-once +2 answers instead of 1 to one read; asked: A read is answered exactly once\.$'
 has "$out" '^-       writes +no value is given that may be written$'
 has "$out" ' [1-9][0-9]* failed, '
+
+# The page of the documents shows what the program prints: each line of its example, but for those that it leaves out.
+echo 'fault ReadItems twice' >noisy.panel
+command=$(sed -n 's/^    \$ \(orvo-driver-test .*\)$/\1/p' "$page")
+[ "$(wc -l <<<"$command")" -eq 1 ] || fail "not one example in $page"
+out=$(eval "${command/#orvo-driver-test/\"$program\"} --quiet 0.02")
+shown=$(awk '/^    \$ orvo-driver-test / { on = 1; next } on && !/^    / { exit } on && !/^    \.\.\.$/ { print substr($0, 5) }' "$page")
+[ "$(wc -l <<<"$shown")" -gt 5 ] || fail "no example in $page"
+while IFS= read -r line; do
+  grep -qxF -- "$line" <<<"$out" || fail "the page shows a line that is not printed: $line"
+done <<<"$shown"
+grep -q " $checks checks, each with a stable name" "$page" || fail "the page does not tell of $checks checks"
 
 printf 'set GroupTransfer True\n' >groups.panel
 printf '[Drivers]\nDataCommunication=SimulatedPanel.Channel\nNetworkType=1\n2=PanelB?groups.panel\n' >drivers.ini
