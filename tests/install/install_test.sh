@@ -55,15 +55,22 @@ export ORVO_DRIVER_PATH=$scratch/driver/build
 expect "the client finds the new driver" 'Sample\.Channel' "$(orvo drivers)"
 bash driver/check.sh >kit.log 2>&1 || fail "the driver test kit: $(cat kit.log)"
 expect "the driver passes the test kit" '[1-9][0-9]* passed, 0 failed' "$(cat kit.log)"
-sed 's/^#.*//' driver/README.md | grep -q orvo-driver-test || fail "the driver's README does not tell how to check it"
+expect "the client reads through the new driver" '"value":0,"error":0' \
+  "$(cd driver && orvo read WO0 --drivers drivers.ini --device-type 1 --format json 2>&1 | tr -d ' \n')"
 
 [ -f "$prefix/share/bash-completion/completions/orvo" ] || fail "no completion for bash"
 [ -f "$prefix/share/zsh/vendor-completions/_orvo" ] || fail "no completion for zsh"
 [ -f "$prefix/share/fish/vendor_completions.d/orvo.fish" ] || fail "no completion for fish"
-for command in $(orvo --help | sed -n '/SUBCOMMANDS/,$p; /[Ss]ubcommands:/,$p' | awk '/^  [a-z]/ { print $1 }' | sort -u); do
-  grep -q "^\.SS .*$command\|^\.B.* $command" "$prefix/share/man/man1/orvo.1" || fail "the manual page does not tell of '$command'"
+commands=$(orvo --help | awk '/^Subcommands:/ { on = 1; next } !NF { on = 0 } on { print $1 }')
+[ "$(wc -w <<<"$commands")" -ge 12 ] || fail "orvo --help lists only: $commands"
+for command in $commands; do
+  grep -qE "^\\.SS \"?$command[ \"\\\\]" "$prefix/share/man/man1/orvo.1" || fail "the manual page does not tell of '$command'"
+  for option in $(orvo "$command" --help | grep -oE -- '^ +(-h,)?--[a-z-]+' | grep -oE -- '--[a-z-]+'); do
+    # In the pages hyphens of options are written as minus signs.
+    grep -qF -- "${option//-/\\-}" "$prefix/share/man/man1/orvo.1" || fail "the manual page does not tell of '$command $option'"
+  done
 done
-echo "ok: the manual page tells of each command"
+echo "ok: the manual page tells of each command and option"
 
 # A package for a test is not compressed well.
 cpack --config "$build/CPackConfig.cmake" -B "$scratch/package" -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip >cpack.log 2>&1 ||

@@ -3,7 +3,8 @@
 here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$here/assert.sh"
 . "$here/stubs.sh"
-Needs=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev jq clang-format-14 clang-tidy-14)
+Needs=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev jq pkg-config dpkg-dev file
+  groff-base clang-format-14 clang-tidy-14)
 NeedsForWindows=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools wine64 wine64-tools libwine-dev
   googletest fp-compiler fpc-source-3.2.2)
 
@@ -159,7 +160,8 @@ check "it says which" contains "$output" "error: could not install ${NeedsForWin
 check "nothing of Windows is run" row "x64 tests" "NOT RUN"
 
 set_up_tree
-printf '%s\n' g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev jq clang-format-14 >"$scratch/installed"
+printf '%s\n' g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev jq pkg-config dpkg-dev file groff-base \
+  clang-format-14 >"$scratch/installed"
 go native
 same "one package missing: calls" "apt-get update;apt-get install clang-tidy-14;" "$(tr '\n' ';' <"$scratch/calls")"
 finish
