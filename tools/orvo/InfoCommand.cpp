@@ -5,6 +5,7 @@
 #include "Values.h"
 #include "errors/AutomationError.h"
 
+#include <functional>
 #include <iostream>
 #include <optional>
 
@@ -12,32 +13,41 @@ namespace orvo::client {
 
 namespace {
 
-void PrintProperties(KELDataServer& server, Format format) {
+// A property that the driver fails to tell shows its error; the first of them is returned.
+std::optional<AutomationError> PrintProperties(KELDataServer& server, Format format) {
   const auto writer = MakeRowWriter(format, {{"property", "property"}, {"value", "value"}}, std::cout);
-  const auto row = [&](const char* name, const Variant& value) {
-    const bool isText = value.Is(VariantKind::String);
-    writer->Row({name, isText ? Cell(std::string(value.Text())) : Cell::Of(value)});
+  std::optional<AutomationError> failure;
+  const auto row = [&](const char* name, const std::function<Variant()>& property) {
+    try {
+      const Variant value = property();
+      const bool isText = value.Is(VariantKind::String);
+      writer->Row({name, isText ? Cell(OneLine(value.Text())) : Cell::Of(value)});
+    } catch (const AutomationError& error) {
+      writer->Row({name, Cell(Variant(), "error " + std::to_string(error.Number()))});
+      if (!failure) failure = error;
+    }
   };
-  row("Description", OneLine(server.Description()));
-  row("MajorVersion", server.MajorVersion());
-  row("MinorVersion", server.MinorVersion());
-  row("BoardDescription", server.BoardDescription());
-  row("BootVersion", server.BootVersion());
-  row("BootDate", server.BootDate());
-  row("FirmwareVersion", server.FirmwareVersion());
-  row("BoardStatus", server.BoardStatus());
-  row("DeviceType", server.DeviceType());
-  row("DeviceName", server.DeviceName());
-  row("ProjectName", server.ProjectName());
-  row("ComPortNumber", server.ComPortNumber());
-  row("BaudRate", server.BaudRate());
-  row("Timeout", server.Timeout());
-  row("WordIO", server.WordIO());
-  row("AutoDownloadFirmware", server.AutoDownloadFirmware());
-  row("AutoDownloadProject", server.AutoDownloadProject());
-  row("CommunicationStatus", server.CommunicationStatus());
-  row("ServerStatus", server.ServerStatus());
+  row("Description", [&] { return Variant(server.Description()); });
+  row("MajorVersion", [&] { return Variant(server.MajorVersion()); });
+  row("MinorVersion", [&] { return Variant(server.MinorVersion()); });
+  row("BoardDescription", [&] { return Variant(server.BoardDescription()); });
+  row("BootVersion", [&] { return Variant(server.BootVersion()); });
+  row("BootDate", [&] { return Variant(server.BootDate()); });
+  row("FirmwareVersion", [&] { return Variant(server.FirmwareVersion()); });
+  row("BoardStatus", [&] { return Variant(server.BoardStatus()); });
+  row("DeviceType", [&] { return Variant(server.DeviceType()); });
+  row("DeviceName", [&] { return Variant(server.DeviceName()); });
+  row("ProjectName", [&] { return Variant(server.ProjectName()); });
+  row("ComPortNumber", [&] { return Variant(server.ComPortNumber()); });
+  row("BaudRate", [&] { return Variant(server.BaudRate()); });
+  row("Timeout", [&] { return Variant(server.Timeout()); });
+  row("WordIO", [&] { return Variant(server.WordIO()); });
+  row("AutoDownloadFirmware", [&] { return Variant(server.AutoDownloadFirmware()); });
+  row("AutoDownloadProject", [&] { return Variant(server.AutoDownloadProject()); });
+  row("CommunicationStatus", [&] { return Variant(server.CommunicationStatus()); });
+  row("ServerStatus", [&] { return Variant(server.ServerStatus()); });
   writer->End();
+  return failure;
 }
 
 }  // namespace
@@ -50,7 +60,13 @@ int RunInfo(Session& session, const Options& options) {
   } catch (const AutomationError& error) {
     failure = error;
   }
-  PrintProperties(*session.server, options.format);
+  // An automatic download that fails is not raised.
+  for (const char* download : {"DownloadFirmware", "DownloadProject"})
+    if (const auto refused = session.Log().Failure(download))
+      std::cerr << "orvo: " << download << " failed: error " << refused->Number() << ": "
+                << refused->Description() << '\n';
+  const std::optional<AutomationError> untold = PrintProperties(*session.server, options.format);
+  if (!failure) failure = untold;
   session.Close();
   if (failure) throw AutomationError(*failure);
   return Success;

@@ -18,12 +18,12 @@ extern "C" void NoteSignal(int signal) {
 #ifdef SIGPIPE
   if (signal == SIGPIPE) return;  // each later write fails by itself
 #endif
-  std::signal(signal, SIG_DFL);
+  static_cast<void>(std::signal(signal, SIG_DFL));
 }
 
 void Handle(int signal) {
   // One that is ignored from the start (nohup, a shell's background) stays ignored.
-  if (std::signal(signal, NoteSignal) == SIG_IGN) std::signal(signal, SIG_IGN);
+  if (std::signal(signal, NoteSignal) == SIG_IGN) static_cast<void>(std::signal(signal, SIG_IGN));
 }
 
 }  // namespace
@@ -35,7 +35,7 @@ void Interrupt::Install() {
   Handle(SIGBREAK);
 #endif
 #ifdef SIGPIPE
-  std::signal(SIGPIPE, NoteSignal);
+  static_cast<void>(std::signal(SIGPIPE, NoteSignal));
 #endif
 }
 

@@ -64,22 +64,37 @@ void LiveTable::End(const WatchCounts& counts) {
   Draw();
 }
 
-std::vector<std::string> LiveTable::Lines() const {
+// At most `room` lines, the heading's two included; a last one tells how many items are left out.
+std::vector<std::string> LiveTable::Lines(std::size_t room) const {
   const bool grouped = groups_.size() > 1;
   std::vector<std::string> header{"item", "identifier", "value", "error", "changed at"};
   if (grouped) header.insert(header.begin(), "group");
   Table table(std::move(header));
+  std::size_t items = 0;
+  for (const auto& group : groups_)
+    items += static_cast<std::size_t>(group->KELDataItems()->Count());
+  constexpr std::size_t heading = 2;
+  const bool allFit = items + heading <= room;
+  const std::size_t shown = allFit ? items : room - std::min(room, heading + 1);
   const Row none;
+  std::size_t rows = 0;
   for (const auto& group : groups_) {
-    for (const auto& item : group->KELDataItems()->NewEnum()) {
-      const auto found = rows_.find(item.get());
+    group->Items().Walk([&](const KELDataItem& item) {
+      if (rows == shown) return true;
+      const auto found = rows_.find(&item);
       const Row& row = found == rows_.end() ? none : found->second;
-      std::vector<std::string> texts{item->ItemName(), IdentifierText(*item), row.value, row.error, row.time};
+      std::vector<std::string> texts{item.ItemName(), IdentifierText(item), row.value, row.error, row.time};
       if (grouped) texts.insert(texts.begin(), group->GroupName());
       table.Add(std::move(texts));
-    }
+      ++rows;
+      return false;
+    });
   }
-  return table.Lines();
+  std::vector<std::string> lines = table.Lines();
+  if (allFit) return lines;
+  lines.resize(std::min(lines.size(), room - 1));
+  lines.push_back("  ... " + std::to_string(items - shown) + " more rows do not fit");
+  return lines;
 }
 
 void LiveTable::Erase() {
@@ -89,16 +104,11 @@ void LiveTable::Erase() {
 
 void LiveTable::Draw() {
   const TerminalSize size = OutputSize();
-  std::vector<std::string> lines = Lines();
-  // Below the table: what does not fit, the counts, and the line that the cursor stands in.
+
+  // Below the table: the counts, and the line that the cursor stands in.
   constexpr std::size_t below = 2;
   const std::size_t room = size.rows > below ? size.rows - below : 1;
-  if (lines.size() > room) {
-    const std::size_t shown = room - 1;
-    const std::size_t hidden = lines.size() - std::max<std::size_t>(shown, 2);
-    lines.resize(shown);
-    lines.push_back("  ... " + std::to_string(hidden) + " more rows do not fit");
-  }
+  std::vector<std::string> lines = Lines(room);
   lines.push_back(ElapsedText(platform_, start_) + "  " + CountsText(counts_));
   Erase();
   for (const std::string& line : lines)

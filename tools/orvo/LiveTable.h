@@ -39,7 +39,7 @@ class LiveTable final : public WatchView {
     std::string time = "-";
   };
 
-  std::vector<std::string> Lines() const;
+  std::vector<std::string> Lines(std::size_t room) const;
   void Erase();
   void Draw();
 

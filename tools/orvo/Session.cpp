@@ -83,6 +83,7 @@ void Session::LoadConfiguration(const Connection& connection, std::int32_t devic
 void Session::Open() {
   Interrupt::Check();
   server->OpenCommunication();
+
   if (const auto failure = log_->Failure("OpenCommunication"))
     RaiseDataError(errCommunication, "Can't open communication: " + failure->Description());
 }

@@ -11,6 +11,10 @@ namespace orvo::client {
 
 int RunWatch(Session& session, const Options& options) {
   const auto groups = session.Select(options.selection, "watch");
+  if (!options.selection.items.empty() && session.server->TransfersWholeGroups())
+    throw UsageError(
+        "this driver refreshes whole groups, in which items of the command line have no place: watch a "
+        "group of a configuration (--config FILE), or read the items");
   // A group that is new, or was saved without a rate, would be refreshed as fast as the timers allow.
   if (!options.rate)
     for (const auto& group : groups)
