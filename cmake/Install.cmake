@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 find_package(Threads REQUIRED)
 
 # One library for users; the tree keeps one per folder, so that the order of the folders is checked by every build.
-set(parts orvo_errors orvo_values orvo_platform orvo_spooler orvo_model orvo_server orvo_simulated_panel)
+set(parts orvo_errors orvo_values orvo_platform orvo_spooler orvo_model orvo_server orvo_simulated_panel orvo_driver_kit)
 add_library(orvobusiness_archive STATIC)
 foreach(part ${parts})
   target_sources(orvobusiness_archive PRIVATE $<TARGET_OBJECTS:${part}>)
@@ -23,6 +23,8 @@ foreach(folder errors values platform platform/portable platform/simulated spool
 endforeach()
 file(GLOB panel_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/drivers/simulated/*.h)
 install(FILES ${panel_headers} DESTINATION ${headers}/simulated)
+set(kit ${PROJECT_SOURCE_DIR}/drivers/kit)
+install(FILES ${kit}/DriverTestKit.h ${kit}/DriverTestPlan.h ${kit}/CheckResult.h DESTINATION ${headers}/kit)
 
 install(EXPORT ORVOBusinessTargets NAMESPACE ORVOBusiness:: DESTINATION ${package_folder})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/ORVOBusinessConfig.cmake.in
