@@ -20,6 +20,7 @@ expect() {
 
 rm -rf "$scratch"
 mkdir -p "$scratch"
+here=$(dirname "$(readlink -f "$0")")
 cd "$scratch" || exit 1
 unset ORVO_DRIVER_PATH
 export PKG_CONFIG_PATH=
@@ -45,6 +46,9 @@ output=$(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs orvobusiness)
 # shellcheck disable=SC2086
 c++ cpp-linux/FirstClient.cpp $output -o by_pkg_config || fail "the client by pkg-config ($output)"
 expect "the client by pkg-config runs to its end" '^DONE$' "$(cd cpp-linux && ../by_pkg_config 2>&1)"
+# shellcheck disable=SC2086
+c++ "$here/KitInOwnTests.cpp" $output -o kit_in_own_tests || fail "the kit in own tests"
+expect "the kit runs in an author's own tests" '^passed [1-9][0-9]$' "$(./kit_in_own_tests)"
 expect "pkg-config knows the version" '^[0-9]+\.[0-9]+\.[0-9]+$' "$(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --modversion orvobusiness)"
 
 output=$(cmake -G Ninja -S driver -B driver/build -DCMAKE_BUILD_TYPE=Debug -DCMAKE_PREFIX_PATH="$prefix" 2>&1 &&
