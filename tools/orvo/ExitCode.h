@@ -12,6 +12,7 @@ enum ExitCode : int {
   WrongUsage = 3,     // the command line makes no sense
   ProblemsFound = 4,  // config check
   FallenSilent = 5,   // watch ended while a group was silent
+  HungUp = 129,       // the terminal has gone
   Interrupted = 130,  // Ctrl-C
   Terminated = 143,   // SIGTERM
 };

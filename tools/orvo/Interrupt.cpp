@@ -31,6 +31,9 @@ void Handle(int signal) {
 void Interrupt::Install() {
   Handle(SIGINT);
   Handle(SIGTERM);
+#ifdef SIGHUP
+  Handle(SIGHUP);
+#endif
 #ifdef SIGBREAK
   Handle(SIGBREAK);
 #endif
@@ -46,6 +49,9 @@ bool Interrupt::Requested() noexcept {
 int Interrupt::ExitCode() noexcept {
 #ifdef SIGPIPE
   if (caughtSignal == SIGPIPE) return Success;
+#endif
+#ifdef SIGHUP
+  if (caughtSignal == SIGHUP) return HungUp;
 #endif
   return caughtSignal == SIGTERM ? Terminated : Interrupted;
 }
