@@ -142,6 +142,24 @@ TEST_F(PanelPage, TheCompleteScriptIsTaken) {
   EXPECT_EQ(options.groupCapacity, 4);
 }
 
+TEST_F(PanelPage, EveryBeginningOfTheCompleteScriptIsTakenOrRefusedWithItsLastLine) {
+  const std::string text = Block("panel");
+  std::size_t line = 1;
+  std::size_t taken = 0;
+  for (std::size_t end = 0; end < text.size(); ++end) {
+    const std::string failure = FailureOf([&] { PanelScript::Parse("p", text.substr(0, end)); });
+    if (failure == "0:")
+      ++taken;
+    else
+      EXPECT_TRUE(
+          failure.starts_with("10:The panel script 'p' has 1 mistake:\r\nline " + std::to_string(line) + ':'))
+          << failure;
+    if (text[end] == '\n') ++line;
+  }
+  EXPECT_GT(taken, line);
+  EXPECT_LT(taken, text.size() / 2);
+}
+
 class PanelOfThePage : public PanelPage {};
 
 TEST_F(PanelOfThePage, ShowsWhatItsScriptDescribes) {

@@ -174,6 +174,23 @@ TEST_F(PanelScripts, EachPropertyAnswersWhatTheScriptSetsUntilItIsPut) {
   EXPECT_FALSE(panel->ProjectDownloadNeeded()) << "fixed";
 }
 
+TEST_F(PanelScripts, AHandlerMayApplyAScript) {
+  Script("memory WO100 1\nfault ReadItems twice");
+  then = [&] { panel->LoadScript("inside", "memory WO100 2"); };
+  Read({"WO100"});
+  AdvanceTo(100);
+  Read({"WO100"});
+  EXPECT_EQ(LogUntil(1000),
+            (Log{"20 ReadComplete UI1[1,0]=0", "20 ReadComplete UI1[1,0]=0", "120 ReadComplete UI1[2,0]=0"}));
+  panel->CloseCommunication();
+  files.PutFile("new.fw", std::string(3 * 1024, 'x'));
+  then = [&] {
+    panel->LoadScript("inside", "set HeldFirmware \"other\"\nfault DownloadFirmware break at block 3");
+  };
+  EXPECT_EQ(FailureOf([&] { panel->DownloadFirmware("new.fw", 0); }).substr(0, 2), "4:");
+  EXPECT_EQ(panel->HeldFirmware().name, "other");
+}
+
 // --- The line
 
 TEST_F(PanelScripts, ACutLinkLosesEveryRequestThatItTouches) {
