@@ -20,6 +20,7 @@ check "demo: the README shows it" [ "$(wc -l <expected)" -gt 20 ]
 differs "demo" "what the README shows" expected shown
 sed '1,/^DataChange/d' out >changes
 check "demo: changes" [ "$(grep -cE '^ +[0-9]+\.[0-9] s  [A-Z]' changes)" -ge 2 ]
+check "demo: the count of them" grep -qxE "[0-9]+ DataChange events with [0-9]+ changed values" <(tail -1 changes)
 check "demo: every item at first" grep -qE '^ +0\.[0-9] s  BI100.3=.*  BY103=.*  WO104=.*  WO106=1234  DW108=.*  FL112=.*  ST.*  RA036=' \
   changes
 
