@@ -21,10 +21,8 @@ foreach(folder errors values platform platform/portable platform/simulated spool
   file(GLOB folder_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/business/${folder}/*.h)
   install(FILES ${folder_headers} DESTINATION ${headers}/${folder})
 endforeach()
-foreach(folder simulated kit)
-  file(GLOB folder_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/drivers/${folder}/*.h)
-  install(FILES ${folder_headers} DESTINATION ${headers}/${folder})
-endforeach()
+file(GLOB panel_headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/drivers/simulated/*.h)
+install(FILES ${panel_headers} DESTINATION ${headers}/simulated)
 set(kit ${PROJECT_SOURCE_DIR}/drivers/kit)
 install(FILES ${kit}/DriverTestKit.h ${kit}/DriverTestPlan.h ${kit}/CheckResult.h DESTINATION ${headers}/kit)
 
