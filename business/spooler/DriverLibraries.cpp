@@ -54,7 +54,8 @@ std::vector<DriverLibraries::Place> DriverLibraries::PlacesIn(const std::string&
   std::vector<Place> places;
   for (const std::string& file : loader_.LibrariesIn(folder)) {
     const std::string name = file.substr(0, file.size() - loader_.Ending().size());
-    places.push_back({name, folder + (folder.ends_with('/') ? "" : "/") + file});
+    std::string path = folder.ends_with('/') ? folder : folder + '/';
+    places.push_back({name, path.append(file)});
   }
   return places;
 }

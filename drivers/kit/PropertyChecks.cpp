@@ -15,7 +15,8 @@ template <class Answer>
 void RequireSteady(DriverSession& session, const std::string& name, Answer (CommunicationDriver::*get)()) {
   CommunicationDriver& driver = session.Driver();
   const auto ask = [&] { return session.Ask(name, [&] { return (driver.*get)(); }); };
-  if (ask() != ask()) throw CheckFailed{name + " answers something else the second time"};
+  const Answer first = ask();
+  if (ask() != first) throw CheckFailed{name + " answers something else the second time"};
 }
 
 void AskIdentity(DriverSession& session) {

@@ -137,6 +137,7 @@ void ReadsBackWhatWasWritten(DriverSession& session) {
   const auto items = ItemsToWrite(session);
   AnswerOfWrite(session, items);
   std::vector<CompiledItem> written;
+  written.reserve(items.size());
   for (const auto& [item, value] : items)
     written.push_back(item);
   session.Call("ReadItems", [&] { session.Read(written); });
