@@ -32,6 +32,7 @@ class TableWriter final : public RowWriter {
  private:
   static std::vector<std::string> Titles(const std::vector<Column>& columns) {
     std::vector<std::string> titles;
+    titles.reserve(columns.size());
     for (const Column& column : columns)
       titles.push_back(column.title);
     return titles;
@@ -52,6 +53,7 @@ class CsvWriter final : public RowWriter {
  public:
   CsvWriter(const std::vector<Column>& columns, std::ostream& out) : out_(out) {
     std::vector<std::string> keys;
+    keys.reserve(columns.size());
     for (const Column& column : columns)
       keys.push_back(column.key);
     Line(keys);
