@@ -58,6 +58,7 @@ TEST_F(DriverLibrariesTest, TheSearchPathIsTheVariableAndThenTheInstalledFolders
 
 TEST_F(DriverLibrariesTest, EmptyEntriesOfTheVariableAreNotTheCurrentFolder) {
   EXPECT_EQ(DriverLibraries::SearchPath(":/a::/b:", {}), (Folders{"/a", "/b"}));
+  EXPECT_EQ(DriverLibraries::SearchPath(nullptr, {"", "/i"}), Folders{"/i"}) << "nor are those of the host";
 }
 
 TEST_F(DriverLibrariesTest, ADriverIsFoundByItsNameInAnyCase) {

@@ -75,6 +75,13 @@ TEST_F(SystemLibrariesTest, AFolderThatDoesNotExistHasNoLibraries) {
   EXPECT_TRUE(loader.LibrariesIn(Write("file.so", "")).empty());
 }
 
+TEST_F(SystemLibrariesTest, AFolderIsNamedAsSeenFromTheProgram) {
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
+  EXPECT_EQ(SystemLibraries::NextToProgram("drivers"), (program.parent_path() / "drivers").string());
+  EXPECT_EQ(SystemLibraries::NextToProgram("../lib/drivers"),
+            (program.parent_path().parent_path() / "lib/drivers").string());
+}
+
 }  // namespace
 
 }  // namespace orvo
