@@ -49,7 +49,8 @@ class LoggedPanel final : public SimulatedPanel {
   }
   void DownloadFirmware(const std::string& FileName, std::int32_t Flag) override {
     Log("DownloadFirmware");
-    if (FileName.starts_with("slow")) StandStill();
+    if (FileName.starts_with("slow")) StandStill(true);
+    if (FileName.starts_with("stuck")) StandStill(false);
     SimulatedPanel::DownloadFirmware(FileName, Flag);
   }
 
@@ -57,13 +58,13 @@ class LoggedPanel final : public SimulatedPanel {
   // A pipe's reader gets the line at once.
   void Log(const char* what) { log_ << what << std::endl; }
 
-  void StandStill() {
+  void StandStill(bool untilClosed) {
     using namespace std::chrono_literals;
     constexpr std::uint32_t longest = 10'000;
     closed_ = false;
     sink_->DownloadFirmwareInProgress(40);
     const std::uint32_t start = host_.platform.TickCount();
-    while (!closed_ && host_.platform.TickCount() - start < longest) {
+    while (!(closed_ && untilClosed) && host_.platform.TickCount() - start < longest) {
       host_.platform.PumpOnce();
       host_.platform.WaitForWork(50ms);
     }

@@ -1,5 +1,5 @@
 #!/bin/bash
-# `orvo demo`: the round that the README shows.
+# What the README shows of the client: `orvo demo`, and a first configuration.
 . "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/client.sh"
 
 # still FILE: the part that the README shows up to the changes, without the values that move.
@@ -23,5 +23,23 @@ check "demo: changes" [ "$(grep -cE '^ +[0-9]+\.[0-9] s  [A-Z]' changes)" -ge 2 
 check "demo: the count of them" grep -qxE "[0-9]+ DataChange events with [0-9]+ changed values" <(tail -1 changes)
 check "demo: every item at first" grep -qE '^ +0\.[0-9] s  BI100.3=.*  BY103=.*  WO104=.*  WO106=1234  DW108=.*  FL112=.*  ST.*  RA036=' \
   changes
+
+# --- the commands of the README's first configuration, in their order, and the file that it shows
+
+block() { awk '/^```/ { on = 0 } on; /^```/ { getline; if (/^[$] cat plant[.]panel/) on = 1 }' "$here/../../README.md"; }
+block | grep -v '^\$' >plant.panel
+check "first configuration: a panel script" [ "$(wc -l <plant.panel)" -ge 3 ]
+commands=0
+while IFS= read -r line; do
+  eval "words=(${line#*./run })"
+  go "${words[@]}"
+  same "$line: exit code" 0 $status
+  same "$line: stderr" "" "$(cat err)"
+  check "$line: output" [ -s out ]
+  cp out "out_${words[0]}"
+  commands=$((commands + 1))
+done < <(block | grep '^\$ \./run ')
+same "first configuration: commands" 3 $commands
+check "first configuration: what is read" grep -qE ' WO100 .* 1500 +0$' out_read
 
 finish

@@ -60,11 +60,12 @@ ends_by_signal "a waiting write" INT 130 \
 # --- watch
 
 plant logged.panel <<<'signal DW120 counter 1 to 1000000 every 20 ms'
-for signal in INT TERM; do
+for signal in "INT 130" "TERM 143" "HUP 129"; do
+  read -r signal code <<<"$signal"
   start "${client[@]}" watch --drivers logged.ini --rate 50 --format csv DW120
   check "watch $signal: header" await 10 '^time,group,item,identifier,value,error$'
   check "watch $signal: first line" await 10 ',DW120,[0-9]+,0$'
-  ends_by_signal "watch $signal" $signal $([ $signal = INT ] && echo 130 || echo 143)
+  ends_by_signal "watch $signal" "$signal" "$code"
   check "watch $signal: whole lines" [ -z "$(grep -vE '^(time|.*,DW120,[0-9]+,0)' lines)" ]
 done
 
@@ -81,6 +82,17 @@ echo firmware >slow.fw
 start "${client[@]}" download firmware --drivers logged.ini slow.fw
 check "a download runs" called DownloadFirmware
 ends_by_signal "a download" INT 130
+
+# A driver that does not even break off then is left.
+cp slow.fw stuck.fw
+start "${client[@]}" download firmware --drivers logged.ini stuck.fw
+check "a download that does not break off runs" called DownloadFirmware
+kill -INT $started
+check "a download that does not break off: communication is closed" called CloseCommunication
+kill -INT $started
+await_end 10
+same "a download that does not break off: exit code" 130 $status
+check "a download that does not break off: within a second ($took s)" within 1
 
 # --- the key itself, on a terminal
 

@@ -100,7 +100,7 @@ prints "a busy read is tried again" 0 <<'END'
   Other  Torque  WO104       CD AB      43981         0
 END
 plant slow.panel <<<'fault WO100 delay 3 s after 1 times 1'
-go read --panel slow.panel --config busy.cfg --timeout 0.2
+go read --panel slow.panel --config busy.cfg --timeout 1
 same "and no longer than asked" 2 $status
 output_has "the first group was read" "Fast   Speed   WO100       40 9C      40000         0"
 output_has "the second one is refused" "Other  Torque  WO104       -          -             1"

@@ -72,7 +72,7 @@ check "csv on a terminal: lines" [ "$(tr -d '\r' <drawn | grep -c ',WO200,[0-9]*
 # --- silence, and the end by it
 
 plant mute.panel <<<'fault ReadItems never after 2'
-on_terminal 12 78 watch --panel mute.panel --rate 100 --for 2.8 WO100
+on_terminal 12 78 watch --panel mute.panel --rate 100 --for 3.5 WO100
 same "silent: exit code" 5 $status
 check "silent: it is said" grep -q "group 'watch' is silent: no answer since" screen
 check "silent: the cursor is back" grep -qx '# cursor shown' screen

@@ -92,7 +92,7 @@ same "silent and back: what it says" "orvo: group 'watch' is silent: no answer s
 orvo: group 'watch' answers again" "$(cat shown)"
 
 plant ends.panel <<<'fault ReadItems never after 2'
-go watch --panel ends.panel --rate 100 --for 3 --format csv WO100
+go watch --panel ends.panel --rate 100 --for 3.5 --format csv WO100
 masked out >shown
 cp shown out
 sed -E "s/since $clock \(2\.[0-9] s\)/since TIME (2.N s)/" err >shown
