@@ -134,6 +134,19 @@ done
 go info --panel line.panel --device-type 1 --format csv
 check "info: the device type" grep -qx 'DeviceType,1' out
 
+# A property that fails leaves the others as they are.
+plant broken.panel <<<'fault BootDate fail 3 "no date"'
+go info --panel broken.panel --format csv
+same "a property that fails: exit code" 1 $status
+same "a property that fails: stderr" "orvo: error -2147221494: Communication error: no date" "$(cat err)"
+check "a property that fails has no value" grep -qx 'BootDate,' out
+check "a property that fails: those behind it come" grep -qx 'ServerStatus,3' out
+same "a property that fails: all of them" 20 "$(wc -l <out)"
+go info --panel dead.panel --format csv
+same "info without communication: exit code" 1 $status
+same "info without communication: all properties" 20 "$(wc -l <out)"
+stderr_has "info without communication" "orvo: error -2147221494: Communication error: Can't open communication: no carrier"
+
 # --- settings and devices that do not exist
 
 settings="BaudRate, ComPortNumber, Timeout, WordIO, ProjectName, AutoDownloadFirmware, AutoDownloadProject"

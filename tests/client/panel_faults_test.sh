@@ -54,6 +54,12 @@ value,error
 ,4
 END
 
+reads "a driver of whole groups" 0 "" 'set GroupTransfer True' <<'END'
+value,error
+40000,0
+43981,0
+END
+
 # raises NAME NUMBER-AND-TEXT FAULT: the whole command fails.
 raises() {
   plant fault.panel <<<"$3"

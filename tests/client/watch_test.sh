@@ -77,6 +77,13 @@ go watch --panel moving.panel --rate 50 --for 0.6 DW120
 same "for a time: exit code" 0 $status
 same "for a time: stderr" "" "$(cat err)"
 check "for a time: several changes" [ "$(grep -c DW120 out)" -ge 2 ]
+go watch --panel plant.panel --rate 50 --count 1000 --for 0.6 --format csv WO106:bcd
+masked out >shown
+cp shown out
+prints "a time and a count: what comes first" 0 <<'END'
+time,group,item,identifier,value,error
+TIME,watch,Item_1,WO106,1234,0
+END
 
 # --- silence
 
@@ -101,6 +108,12 @@ prints "silent at the end" 5 "orvo: group 'watch' is silent: no answer since TIM
 time,group,item,identifier,value,error
 TIME,watch,Item_1,WO100,40000,0
 END
+
+go watch --panel ends.panel --config two.cfg --for 3.5 --format csv
+same "two groups are silent: exit code" 5 $status
+same "two groups are silent: each is told once" "Fast Other" \
+  "$(sed -nE "s/^orvo: group '([^']+)' is silent: no answer since $clock \([23]\.[0-9] s\)$/\1/p" err | sort | paste -sd' ')"
+same "two groups are silent: nothing else is told" 2 "$(wc -l <err)"
 
 plant mute.panel <<<'fault ReadItems never'
 go watch --panel mute.panel --rate 1000 --for 2.8 --format csv WO100
