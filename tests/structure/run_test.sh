@@ -40,7 +40,8 @@ set_up_tree
 go "$project/run"
 same "no arguments: the demonstration" "<demo>" "$output"
 same "the exit code is orvo's" 7 $status
-same "one line of progress at the first time" "building (first time about 2 minutes) ..." "$messages"
+same "one line of progress at the first time" \
+  "building (first time about 3 minutes; the output is in build/run.log) ..." "$messages"
 same "nothing is installed" "" "$(cat "$scratch/calls")"
 check "a release build without tests" contains "$(cat "$scratch/cmake_calls")" \
   "-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORVO_TESTS=OFF"
