@@ -56,7 +56,7 @@ PanelOptions PanelScript::Applied(PanelOptions options) const {
   return options;
 }
 
-void PanelScript::FillMemory(PanelMemory& target) const {
+void PanelScript::PutMemory(PanelMemory& target) const {
   for (const MemoryEntry& entry : memory)
     WritePanelItem(target, entry.item, entry.wordLength, entry.value);
 }

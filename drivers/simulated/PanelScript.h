@@ -43,7 +43,7 @@ struct PanelScript {
 
   // `options` with the settings and signals of the script.
   PanelOptions Applied(PanelOptions options) const;
-  void FillMemory(PanelMemory& target) const;
+  void PutMemory(PanelMemory& target) const;
 };
 
 }  // namespace orvo

@@ -214,7 +214,7 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   void Apply(PanelScript script);
   // Everything that the panel loses with its power.
   void Restart();
-  void FillMemory();
+  void PutMemory();
   // One fault of the control face in place of the one before with the same target and action.
   void Replace(PanelFault fault, bool present);
   // The same for the next download that gets to the block (0: none), or to its end (nothing).

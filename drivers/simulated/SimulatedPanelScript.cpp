@@ -26,16 +26,16 @@ void SimulatedPanel::Apply(PanelScript script) {
   script_ = std::move(script);
   faults_->PutScript(script_.seed, script_.faults);
   scriptStartMs_ = Elapsed();
-  FillMemory();
+  PutMemory();
 }
 
-void SimulatedPanel::FillMemory() {
+void SimulatedPanel::PutMemory() {
   memory_ = PanelMemory();
-  script_.FillMemory(memory_);
+  script_.PutMemory(memory_);
 }
 
 void SimulatedPanel::Restart() {
-  FillMemory();
+  PutMemory();
   definitions_.clear();
   configurationMode_ = false;
 }

@@ -122,7 +122,7 @@ TEST(PanelScript, MemoryTakesEachKindOfItemWithinItsRange) {
   Parse(
       "memory BI100.3 1\nmemory BY103 0xFF\nmemory WO104 -2\nmemory WO106 65535\nmemory DW108 4294967295\n"
       "memory DW112 -1\nmemory FL116 1.5\nmemory ST002003 \"\xC3\x84\"\nmemory RA003 a1 B2\n")
-      .FillMemory(memory);
+      .PutMemory(memory);
   EXPECT_EQ(memory.Word(100), 8);
   EXPECT_EQ(memory.Byte(103), 255);
   EXPECT_EQ(memory.Word(104), 0xFFFE);
@@ -145,7 +145,7 @@ TEST(PanelScript, OfTwoValuesOfAnItemTheLaterStaysAndWhatIsLeftOfATextOrOfBytesI
   Parse(
       "memory ST002004 \"abcd\"\nmemory ST002004 \"x\"\nmemory RA004 A0 A1 A2 A3\nmemory RA004 B0\n"
       "memory WO100 1\nmemory WO100 2")
-      .FillMemory(memory);
+      .PutMemory(memory);
   EXPECT_EQ(memory.DoubleWord(200), 0x78000000U);
   EXPECT_EQ(memory.DoubleWord(32768), 0xB0000000U);
   EXPECT_EQ(memory.Word(100), 2);
