@@ -7,4 +7,4 @@ exec orvo-driver-test Sample.Channel --kind SampleBoard \
   --item WO0 --item WO9 --item FL3 --item ST0000020 \
   --write WO0=4711 --write WO9=-1 --write FL3=2.5 --write "ST0000020=Vanilla 3%" \
   --wrong-item WO10 --wrong-item XX0 --wrong-item "" \
-  --timeout 2 --quiet 0.1
+  --timeout 10 --quiet 0.1

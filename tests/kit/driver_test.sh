@@ -28,7 +28,7 @@ fail() {
 has() {
   grep -qE -- "$2" <<<"$1" || fail "nothing like '$2'"
 }
-board=(--item WO100 --item FL104 --timeout 1 --quiet 0.02)
+board=(--item WO100 --item FL104 --timeout 10 --quiet 0.02)
 
 run 0 --help
 has "$out" 'orvo-driver-test SimulatedPanel.Channel --kind PanelB'
@@ -77,7 +77,7 @@ has "$err" "error 53: .*none.ini"
 
 run 1 SimulatedPanel.Channel --kind PanelB "${board[@]}" --write WO100=seven
 has "$out" "^FAILED  writes +'seven' cannot be written to 'WO100': it is no number"
-run 1 SimulatedPanel.Channel --kind PanelB --item WO101 --timeout 1 --quiet 0.02
+run 1 SimulatedPanel.Channel --kind PanelB --item WO101 --timeout 10 --quiet 0.02
 has "$out" '^FAILED  compiles-items '
 
 run 2
