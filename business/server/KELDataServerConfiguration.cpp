@@ -44,14 +44,30 @@ std::vector<ConfigurationProblem> KELDataServer::CheckConfigurationFile(const st
   RequireNotRunning();
   const std::string text = environment_.files.ReadWhole(FileName);
   std::vector<ConfigurationProblem> problems = UnreadParts(text);
+  std::size_t unchecked = 0;
   const auto failed = [&](std::size_t line, const AutomationError& error) {
-    problems.push_back({line, error.Number(), error.Description()});
+    // Without a device no item compiles; each of them would only repeat what is wrong with the device type.
+    if (error.Number() == errInvalidItemId && !device_)
+      ++unchecked;
+    else
+      problems.push_back({line, error.Number(), error.Description()});
   };
+  const IniFile file = IniFile::Parse(text);
   try {
-    ApplyConfiguration(IniFile::Parse(text), FileName, failed);
+    ApplyConfiguration(file, FileName, failed);
   } catch (...) {
-    failed(0, CaughtError());
+    const AutomationError error = CaughtError();
+    const bool noParameters = !file.HasSection(saved::CommunicationSection);
+    problems.push_back(
+        {0, error.Number(),
+         error.Description() +
+             (noParameters ? ": there is no section '" + std::string(saved::CommunicationSection) + "'" : "")});
   }
+  if (unchecked > 0)
+    problems.push_back({0, errInvalidState,
+                        std::string(FindDataError(errInvalidState)->prefix) + "there is no device, so " +
+                            (unchecked == 1 ? "1 item was" : std::to_string(unchecked) + " items were") +
+                            " not checked"});
   std::stable_sort(problems.begin(), problems.end(),
                    [](const auto& left, const auto& right) { return left.line < right.line; });
   return problems;

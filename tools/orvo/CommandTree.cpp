@@ -4,10 +4,14 @@
 #include "ExitCode.h"
 #include "Interrupt.h"
 #include "Values.h"
-#include "errors/AutomationError.h"
+#include "errors/modIDataErrors.h"
+#include "values/Text.h"
+#include "values/VariantConversion.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -18,10 +22,25 @@ namespace {
 
 constexpr const char* Footer =
     "Exit codes: 0 success, 1 an error of the system, 2 an item has an error, 3 wrong usage,\n"
-    "4 config check found problems, 5 watch ended while a group was silent, 130 Ctrl-C.\n"
+    "4 config check found problems, 5 watch ended while a group was silent, 130 Ctrl-C, 143 SIGTERM.\n"
     "orvo COMMAND --help shows a command's options and an example.";
 
 constexpr double LongestSeconds = 86400;
+constexpr double LongestWatch = 366 * LongestSeconds;
+constexpr double LongestRate = 86400000;  // milliseconds
+constexpr double MostEvents = 1e9;
+
+// CLI11's own check takes a text for a number out of range.
+CLI::Validator Within(double low, double high) {
+  return CLI::Validator(
+      [low, high](std::string& text) -> std::string {
+        const std::optional<double> number = ParseDecimal(text);
+        if (!number) return "'" + text + "' is no number";
+        if (*number >= low && *number <= high) return "";
+        return text + " is not within " + ToText(low) + ".." + ToText(high);
+      },
+      "");
+}
 
 std::chrono::milliseconds Milliseconds(double seconds) {
   return std::chrono::milliseconds(std::llround(seconds * 1000));
@@ -56,13 +75,33 @@ std::string FailureText(const CLI::App& app, const CLI::Error& error) {
   return text;
 }
 
+// Each line of the text begins as the first one does.
+void PrintMessage(const std::string& head, const std::string& text) {
+  std::string lines = "orvo: " + head;
+  for (const char character : WithoutCarriageReturns(text))
+    lines += character == '\n' ? "\norvo:   " : std::string(1, character);
+  std::cerr << lines << '\n';
+}
+
 void PrintError(const AutomationError& error, const DriverLog* log) {
-  std::cerr << "orvo: error " << error.Number() << ": " << WithoutCarriageReturns(error.Description()) << '\n';
-  if (log == nullptr || !log->Latest()) return;
-  const AutomationError& said = *log->Latest();
-  if (error.Description().find(said.Description()) == std::string::npos)
-    std::cerr << "orvo: the driver said: " << said.Number() << ": "
-              << WithoutCarriageReturns(said.Description()) << '\n';
+  const std::optional<AutomationError> said = log == nullptr ? std::nullopt : log->Latest();
+  const bool contained = said && error.Description().find(said->Description()) != std::string::npos;
+  // An internal error around what the driver said tells a person nothing more.
+  const AutomationError& told = contained && error.Number() == errInternal ? *said : error;
+  PrintMessage("error " + std::to_string(told.Number()) + ": ", told.Description());
+  if (said && !contained)
+    PrintMessage("the driver said: " + std::to_string(said->Number()) + ": ", said->Description());
+}
+
+// What the server passes over: a request that the driver refused comes back with 99 for its items, and a
+// download on opening is nobody's call.
+void PrintPassedOver(const DriverLog& log) {
+  for (const char* operation : {"DownloadFirmware", "DownloadProject", "SetGroupDefinition", "ReadItems",
+                                "WriteItems", "ReadGroup", "WriteGroup"})
+    if (const auto said = log.Failure(operation))
+      PrintMessage(
+          "the driver refused " + std::string(operation) + ": " + std::to_string(said->Number()) + ": ",
+          said->Description());
 }
 
 }  // namespace
@@ -107,8 +146,7 @@ void CommandTree::ReachesDevice(CLI::App* command, Command run, bool takesConfig
         ->type_name("FILE");
   command
       ->add_option("--set", connection.settings,
-                   "property to set after the load, repeatable: BaudRate, ComPortNumber, Timeout, WordIO, "
-                   "ProjectName, AutoDownloadFirmware, AutoDownloadProject")
+                   "property to set after the load, repeatable; an unknown NAME lists them")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false)  // what stands behind its value is an item
       ->check(CheckSetting, "");
@@ -116,7 +154,8 @@ void CommandTree::ReachesDevice(CLI::App* command, Command run, bool takesConfig
 }
 
 void CommandTree::HasItems(CLI::App* command, bool groupOfConfiguration) {
-  command->add_option("items", options_.selection.items, "ID, ID:signed or ID:bcd")->type_name("ITEM");
+  command->add_option("items", options_.selection.items, "ID, ID:signed or ID:bcd; with a name: NAME=ID")
+      ->type_name("ITEM");
   if (!groupOfConfiguration) return;
   command->add_option("--group", options_.selection.group, "only this group of the configuration")
       ->type_name("NAME")
@@ -132,7 +171,7 @@ void CommandTree::HasFormat(CLI::App* command) {
 void CommandTree::HasTimeout(CLI::App* command) {
   command->add_option("--timeout", timeoutSeconds_, "seconds for each read, tries while busy included [10]")
       ->type_name("S")
-      ->check(CLI::Range(0.05, LongestSeconds));
+      ->check(Within(0.05, LongestSeconds));
 }
 
 void CommandTree::AddDemo() {
@@ -140,7 +179,7 @@ void CommandTree::AddDemo() {
       Add(app_, "demo", "show the server at work against the simulated panel", "orvo demo --for 3");
   demo->add_option("--for", demoSeconds_, "seconds of live values [8]")
       ->type_name("S")
-      ->check(CLI::Range(0.0, LongestSeconds));
+      ->check(Within(0, LongestSeconds));
   demo->callback([this] { command_ = [this] { return RunDemo(Milliseconds(demoSeconds_)); }; });
 }
 
@@ -193,16 +232,16 @@ void CommandTree::AddWatch() {
   HasFormat(watch);
   watch->add_option("--rate", options_.rate, "milliseconds between two refreshes [500, or the group's own]")
       ->type_name("MS")
-      ->check(CLI::Range(0, 86400000));
+      ->check(Within(0, LongestRate));
   watch
       ->add_option_function<double>(
           "--for", [this](const double& seconds) { options_.duration = Milliseconds(seconds); },
           "seconds to watch [until Ctrl-C]")
       ->type_name("S")
-      ->check(CLI::Range(0.0, 31536000.0));
+      ->check(Within(0, LongestWatch));
   watch->add_option("--count", options_.count, "end after so many DataChange events")
       ->type_name("N")
-      ->check(CLI::PositiveNumber);
+      ->check(Within(1, MostEvents));
 }
 
 void CommandTree::AddDownload() {
@@ -210,13 +249,13 @@ void CommandTree::AddDownload() {
   download->require_subcommand(1);
   const auto add = [&](const char* what, Command run) {
     CLI::App* command = Add(*download, what, std::string("load ") + what + " into the device",
-                            std::string("orvo download ") + what + " README.md");
+                            std::string("orvo download ") + what + " /etc/hostname");
     ReachesDevice(command, run);
     command->add_option("file", options_.file, "the file to load")->type_name("FILE")->required();
   };
   add("firmware", RunDownloadFirmware);
   add("project", RunDownloadProject);
-  download->footer("Example: orvo download firmware README.md");
+  download->footer("Example: orvo download firmware /etc/hostname");
 }
 
 void CommandTree::AddConfig() {
@@ -237,7 +276,7 @@ void CommandTree::AddConfig() {
       ->type_name("NAME");
   save->add_option("--rate", options_.rate, "the group's update rate in milliseconds [500]")
       ->type_name("MS")
-      ->check(CLI::Range(0, 86400000));
+      ->check(Within(0, LongestRate));
 }
 
 void CommandTree::AddReference() {
@@ -270,7 +309,10 @@ int CommandTree::RunInSession(Command run) const {
   Session session;
   try {
     session.Configure(options_.connection);
-    return run(session, options_);
+    const int exitCode = run(session, options_);
+    std::cout.flush();
+    PrintPassedOver(session.Log());
+    return exitCode;
   } catch (const AutomationError& error) {
     if (Interrupt::Requested()) throw EndRequested();
     std::cout.flush();
@@ -280,8 +322,15 @@ int CommandTree::RunInSession(Command run) const {
 }
 
 int CommandTree::Run(int count, const char* const* arguments) {
+  std::vector<std::string> words(arguments + 1, arguments + count);
+  // "orvo help read", as many a program takes it.
+  if (!words.empty() && words.front() == "help") {
+    words.erase(words.begin());
+    words.emplace_back("--help");
+  }
+  std::reverse(words.begin(), words.end());  // as CLI11 wants them
   try {
-    app_.parse(count, arguments);
+    app_.parse(std::move(words));
     options_.format = formats_.at(format_);
     options_.timeout = Milliseconds(timeoutSeconds_);
     return command_();

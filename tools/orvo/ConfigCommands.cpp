@@ -3,17 +3,31 @@
 #include "Commands.h"
 #include "ExitCode.h"
 #include "Values.h"
+#include "errors/modIDataErrors.h"
 #include "server/ConfigurationProblem.h"
 
 #include <iostream>
 
 namespace orvo::client {
 
+namespace {
+
+// The server's text names the identifier and leaves out what the driver said of it.
+std::string DriverWords(const ConfigurationProblem& problem, const DriverLog& log) {
+  if (problem.number != errInvalidItemId) return "";
+  for (const auto& [itemId, error] : log.Refusals())
+    if (problem.text.starts_with(std::string(FindDataError(errInvalidItemId)->prefix) + itemId + ":"))
+      return "; the driver said: " + OneLine(error.Description());
+  return "";
+}
+
+}  // namespace
+
 int RunConfigCheck(Session& session, const Options& options) {
   const std::vector<ConfigurationProblem> problems = session.server->CheckConfigurationFile(options.file);
   for (const ConfigurationProblem& problem : problems)
     std::cout << options.file << ':' << problem.line << ": error " << problem.number << ": "
-              << OneLine(problem.text) << '\n';
+              << OneLine(problem.text) << DriverWords(problem, session.Log()) << '\n';
   if (problems.empty())
     std::cout << "no problems\n";
   else

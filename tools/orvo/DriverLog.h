@@ -21,6 +21,11 @@ class DriverLog {
     latest_ = error;
     failures_.insert_or_assign(operation, error);
   }
+  void NoteRefusal(const std::string& itemId, const AutomationError& error) {
+    refusals_.insert_or_assign(itemId, error);
+  }
+  // Identifiers that the device refused to compile, with its words.
+  const std::map<std::string, AutomationError>& Refusals() const noexcept { return refusals_; }
   // The latest failure of the operation, by its name in the driver contract; nothing when it never failed.
   std::optional<AutomationError> Failure(const std::string& operation) const {
     const auto found = failures_.find(operation);
@@ -36,6 +41,7 @@ class DriverLog {
   std::uint64_t sent_ = 0;
   std::optional<AutomationError> latest_;
   std::map<std::string, AutomationError> failures_;
+  std::map<std::string, AutomationError> refusals_;  // by identifier
 };
 
 }  // namespace orvo::client

@@ -94,7 +94,8 @@ int RunExplain(Session& session, const Options& options) {
   table.Add({"identifier", IdentifierText(item)});
   table.Add({"name, group", item.ItemName() + ", " + subject.group->GroupName()});
   table.Add({"type", ItemTypeText(item.ItemType())});
-  table.Add({"length", std::to_string(item.ItemWordLength()) + " words"});
+  table.Add(
+      {"length", std::to_string(item.ItemWordLength()) + (item.ItemWordLength() == 1 ? " word" : " words")});
   table.Add({"compiled address", ValueText(item.CompiledAddress())});
   table.Add({"offset in the group's buffer", std::to_string(item.ItemGroupBufferOffset()) + " bytes"});
   const std::int32_t error = result.errors.View()[position];

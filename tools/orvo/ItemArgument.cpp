@@ -34,17 +34,33 @@ std::vector<std::uint8_t> ParseBytes(std::string_view text, const std::string& i
   return bytes;
 }
 
+// "0x1234".
+std::optional<std::uint32_t> ParseHexadecimal(std::string_view text) {
+  constexpr std::string_view prefix = "0x";
+  if (!text.starts_with(prefix) || text.size() == prefix.size()) return std::nullopt;
+  text.remove_prefix(prefix.size());
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, 16);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
 }  // namespace
 
 ItemArgument ItemArgument::Parse(std::string_view text) {
-  const std::size_t colon = text.find(':');
+  const std::size_t equals = text.find('=');
+  const bool named = equals != std::string_view::npos;
+  const std::string_view identifier = named ? text.substr(equals + 1) : text;
+  const std::size_t colon = identifier.find(':');
   ItemArgument item;
-  item.id = text.substr(0, colon);
-  const std::string_view option = colon == std::string_view::npos ? std::string_view() : text.substr(colon + 1);
+  if (named) item.name = text.substr(0, equals);
+  item.id = identifier.substr(0, colon);
+  const std::string_view option =
+      colon == std::string_view::npos ? std::string_view() : identifier.substr(colon + 1);
   item.isSigned = option == "signed";
   item.isBCD = option == "bcd";
   const bool understood = colon == std::string_view::npos || item.isSigned || item.isBCD;
-  if (item.id.empty() || !understood)
+  if (item.id.empty() || !understood || (named && item.name.empty()))
     throw UsageError("'" + std::string(text) + "' is no item: an item is ID, ID:signed or ID:bcd");
   return item;
 }
@@ -63,6 +79,8 @@ Variant Assignment::ValueFor(const KELDataItem& item) const {
     case ItemTypeInteger:
     case ItemTypeFloat:
       if (const std::optional<double> number = ParseDecimal(value)) return *number;
+      if (const std::optional<std::uint32_t> number = ParseHexadecimal(value))
+        return static_cast<double>(*number);
       return value;
     default:
       return value;

@@ -13,8 +13,9 @@ class KELDataItem;
 
 namespace orvo::client {
 
-// ID, ID:signed or ID:bcd.
+// ID, ID:signed or ID:bcd; each may be given a name: NAME=ID.
 struct ItemArgument {
+  std::string name;  // empty: the server gives one
   std::string id;
   bool isSigned = false;
   bool isBCD = false;

@@ -23,8 +23,14 @@ class ObservedDevice final : public DeviceObject {
 
   bool CompileItemId(const std::string& ItemId, double& CompiledAddress, std::int32_t& WordLength,
                      std::int32_t& ItemType) override {
-    return NotedIn(*log_, "CompileItemId",
-                   [&] { return device_->CompileItemId(ItemId, CompiledAddress, WordLength, ItemType); });
+    return NotedIn(*log_, "CompileItemId", [&] {
+      try {
+        return device_->CompileItemId(ItemId, CompiledAddress, WordLength, ItemType);
+      } catch (...) {
+        log_->NoteRefusal(ItemId, CaughtError());
+        throw;
+      }
+    });
   }
   void ExtractValue(double CompiledAddress, Variant& Value, std::int32_t Flag) override {
     NotedIn(*log_, "ExtractValue", [&] { device_->ExtractValue(CompiledAddress, Value, Flag); });

@@ -4,10 +4,17 @@
 #include "ExitCode.h"
 #include "Interrupt.h"
 #include "ObservedDriver.h"
+#include "Values.h"
 #include "errors/ErrorHandling.h"
+#include "server/ConfigurationCheck.h"
+#include "server/IniFile.h"
+#include "server/SavedConfiguration.h"
 #include "spooler/modMonoSpooler.h"
+#include "values/Text.h"
 
+#include <algorithm>
 #include <chrono>
+#include <iostream>
 #include <optional>
 
 namespace orvo::client {
@@ -44,19 +51,36 @@ Session::~Session() {
   Close();
 }
 
+void Session::PutDeviceType(std::int32_t deviceType) {
+  try {
+    server->PutDeviceType(deviceType);
+  } catch (const AutomationError& error) {
+    if (error.Number() != errInvalidDeviceType) throw;
+    const IniFile file = IniFile::Parse(files_.ReadWhole(driverFile_));
+    if (const auto kind = file.Value("Drivers", std::to_string(deviceType)))
+      throw AutomationError(error.Number(), error.Description() + ": the driver does not know the kind '" +
+                                                *kind + "' that '" + driverFile_ + "' names");
+    std::string types;
+    for (const IniFile::Entry& entry : file.Entries("Drivers"))
+      if (ParseDecimal(entry.key)) types += (types.empty() ? "" : ", ") + entry.key;
+    throw AutomationError(error.Number(), error.Description() + ": '" + driverFile_ + "' has " +
+                                              (types.empty() ? "none" : types));
+  }
+}
+
 void Session::Configure(const Connection& connection) {
-  const bool builtIn = connection.driverFile.empty();
+  driverFile_ = connection.driverFile.empty() ? BuiltInFiles::DriverFile : connection.driverFile;
   RegisterBuiltInPanel(own_, connection.panelFile.empty());
   sources_.PlugInto(own_);
   files_.SetDriverFile(BuiltInDriverFile(connection.panelFile));
-  server->SetDriverConfigurationFile(builtIn ? BuiltInFiles::DriverFile : connection.driverFile);
+  server->SetDriverConfigurationFile(driverFile_);
   const std::int32_t deviceType = connection.deviceType.value_or(Connection::DefaultDeviceType);
   if (connection.configurationFile.empty()) {
-    server->PutDeviceType(deviceType);
+    PutDeviceType(deviceType);
   } else {
     hasConfiguration_ = true;
     LoadConfiguration(connection, deviceType);
-    if (connection.deviceType && server->DeviceType() != deviceType) server->PutDeviceType(deviceType);
+    if (connection.deviceType && server->DeviceType() != deviceType) PutDeviceType(deviceType);
   }
   for (const std::string& setting : connection.settings)
     Setting::Parse(setting).Apply(*server);
@@ -67,13 +91,21 @@ void Session::LoadConfiguration(const Connection& connection, std::int32_t devic
   // default is wrong.
   std::optional<AutomationError> failure;
   try {
-    server->PutDeviceType(deviceType);
+    PutDeviceType(deviceType);
   } catch (const AutomationError& error) {
     if (connection.deviceType) throw;
     failure = error;
   }
+  const std::string& file = connection.configurationFile;
+  const std::string text = files_.ReadWhole(file);
+  if (!IniFile::Parse(text).HasSection(saved::CommunicationSection))
+    RaiseDataError(errInvalidFileFormat,
+                   file + ": there is no section '" + std::string(saved::CommunicationSection) + "'");
+  // A load is silent about what nothing reads; a misspelt section would be a configuration without items.
+  for (const ConfigurationProblem& part : UnreadParts(text))
+    std::cerr << "orvo: " << file << ':' << part.line << ": " << OneLine(part.text) << '\n';
   try {
-    server->LoadConfigurationFromFile(connection.configurationFile, Variant(false));
+    server->LoadConfigurationFromFile(file, Variant(false));
   } catch (const AutomationError&) {
     if (failure && server->DeviceType() == 0) throw AutomationError(*failure);
     throw;
@@ -96,7 +128,9 @@ std::shared_ptr<KELDataGroup> Session::AddItems(const std::string& groupName,
                                                 const std::vector<ItemArgument>& items) {
   std::shared_ptr<KELDataGroup> group = server->KELDataGroups()->Add(groupName);
   for (const ItemArgument& argument : items) {
-    const std::shared_ptr<KELDataItem> item = group->KELDataItems()->Add(argument.id);
+    const std::shared_ptr<KELDataItem> item =
+        argument.name.empty() ? group->KELDataItems()->Add(argument.id)
+                              : group->KELDataItems()->Add(argument.id, Variant(argument.name));
     if (argument.isSigned) item->PutSigned(true);
     if (argument.isBCD) item->PutBCD(true);
   }
@@ -113,8 +147,14 @@ std::vector<std::shared_ptr<KELDataGroup>> Session::Select(const Selection& sele
   }
   if (!hasConfiguration_)
     throw UsageError("there are no items: name one, or a configuration with --config FILE");
-  if (!selection.group.empty()) return {server->KELDataGroups()->ItemByName(selection.group)};
-  return server->KELDataGroups()->NewEnum();
+  const auto groups = selection.group.empty()
+                          ? server->KELDataGroups()->NewEnum()
+                          : std::vector{server->KELDataGroups()->ItemByName(selection.group)};
+  if (std::all_of(groups.begin(), groups.end(),
+                  [](const auto& group) { return group->KELDataItems()->Count() == 0; }))
+    throw UsageError(selection.group.empty() ? "the configuration has no items"
+                                             : "the group '" + selection.group + "' has no items");
+  return groups;
 }
 
 void Session::ReleaseWaiting() {

@@ -45,7 +45,7 @@ class Session {
   // A group with these items. errInvalidItemId for an identifier that the device does not know.
   std::shared_ptr<KELDataGroup> AddItems(const std::string& groupName, const std::vector<ItemArgument>& items);
   // The groups of the selection; items of the command line are in a new one called `groupName`.
-  // UsageError when there is neither an item nor a configuration.
+  // UsageError when there is neither an item nor a configuration with items.
   std::vector<std::shared_ptr<KELDataGroup>> Select(const Selection& selection, const std::string& groupName);
 
   bool HasConfiguration() const noexcept { return hasConfiguration_; }
@@ -61,9 +61,12 @@ class Session {
   PortablePlatform platform;
 
  private:
+  // errInvalidDeviceType tells which types the driver configuration file has.
+  void PutDeviceType(std::int32_t deviceType);
   void LoadConfiguration(const Connection& connection, std::int32_t deviceType);
 
   BuiltInFiles files_;
+  std::string driverFile_;
   const std::shared_ptr<DriverLog> log_ = std::make_shared<DriverLog>();
   DriverSources sources_;
   DriverRegistry own_;       // what there is

@@ -5,7 +5,6 @@
 #include "Interrupt.h"
 #include "Watcher.h"
 
-#include <algorithm>
 #include <iostream>
 
 namespace orvo::client {
@@ -16,9 +15,6 @@ int RunWatch(Session& session, const Options& options) {
     throw UsageError(
         "this driver refreshes whole groups, in which items of the command line have no place: watch a "
         "group of a configuration (--config FILE), or read the items");
-  const bool nothing = std::all_of(groups.begin(), groups.end(),
-                                   [](const auto& group) { return group->KELDataItems()->Count() == 0; });
-  if (nothing) throw UsageError("the configuration has no items to watch");
   // A group that is new, or was saved without a rate, would be refreshed as fast as the timers allow.
   if (!options.rate)
     for (const auto& group : groups)

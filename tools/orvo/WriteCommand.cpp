@@ -3,8 +3,10 @@
 #include "Commands.h"
 #include "ExitCode.h"
 #include "Interrupt.h"
+#include "Values.h"
 #include "errors/modConstant.h"
 #include "errors/modIDataErrors.h"
+#include "values/Text.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -23,12 +25,28 @@ namespace {
     try {
       item->RawValue(item->CheckClientValue(values.View()[k]));
     } catch (const AutomationError& reason) {
-      throw AutomationError(error.Number(),
-                            error.Description() + " (" + assignments[k] + ": " + reason.Description() + ")");
+      const bool noNumber = reason.Number() == static_cast<std::int32_t>(RuntimeError::TypeMismatch) &&
+                            values.View()[k].Is(VariantKind::String);
+      throw AutomationError(
+          error.Number(),
+          error.Description() + " (" + assignments[k] + ": " +
+              (noNumber ? "this is no number; decimals stand behind a point" : reason.Description()) + ")");
     }
     ++k;
   }
   throw AutomationError(error);
+}
+
+// What was written is not always what was asked for.
+void TellWhatBecame(KELDataItem& item, const Variant& asked) {
+  const Variant now = item.USERValue();
+  if (item.ItemType() == ItemTypeString && asked.Is(VariantKind::String) &&
+      Utf16Length(asked.Text()) > static_cast<std::size_t>(item.DataSize()))
+    std::cerr << "orvo: " << item.ItemId() << " has room for " << item.DataSize()
+              << " characters: the text was cut\n";
+  else if (item.BCD() && ValueText(now) != ValueText(asked))
+    std::cerr << "orvo: " << item.ItemId() << " was written as the number " << ValueText(asked)
+              << ", not as decimal digits: it reads as " << ValueText(now) << '\n';
 }
 
 }  // namespace
@@ -76,6 +94,8 @@ int RunWrite(Session& session, const Options& options) {
         {{items[k]->ItemId(), IdentifierText(*items[k])}, Cell::Of(values.View()[k]), errors.View()[k]});
   writer->End();
   std::cout.flush();
+  for (std::size_t k = 0; k < items.size(); ++k)
+    if (errors.View()[k] == 0) TellWhatBecame(*items[k], values.View()[k]);
   sayUnknown();
   session.Close();
   const bool succeeded =

@@ -67,10 +67,11 @@ TEST_F(ConfigurationCheck, EveryFailureOfALoadIsToldWithItsLineAndTheRestIsAppli
   EXPECT_EQ(Group("Line")->KELDataItems()->Count(), 1);
 }
 
-TEST_F(ConfigurationCheck, ADeviceTypeThatTheDriverDoesNotKnowFailsAtItsLineAndSoDoesEachItem) {
-  EXPECT_EQ(Check("[Communication Parameters]\nDeviceType=9\n[Groups]\nLine=\n[Group:Line]\nSpeed=WO100#\n"),
-            "2 errInvalidDeviceType Invalid device type: 9\n"
-            "6 errInvalidItemId Invalid ItemID: WO100: Group Name= LineGroupHandle: 1\n");
+TEST_F(ConfigurationCheck, ADeviceTypeThatTheDriverDoesNotKnowFailsAtItsLineAndTheItemsAreToldOnce) {
+  EXPECT_EQ(Check("[Communication "
+                  "Parameters]\nDeviceType=9\n[Groups]\nLine=\n[Group:Line]\nSpeed=WO100#\nTorque=wrong\n"),
+            "0 errInvalidState Invalid State: there is no device, so 2 items were not checked\n"
+            "2 errInvalidDeviceType Invalid device type: 9\n");
 }
 
 TEST_F(ConfigurationCheck, WhatNothingReadsIsTold) {
@@ -103,8 +104,9 @@ TEST_F(ConfigurationCheck, WhatNothingReadsIsTold) {
 }
 
 TEST_F(ConfigurationCheck, AFileWithoutParametersIsAProblemOfTheWholeFile) {
-  EXPECT_EQ(Check("[Groups]\nLine=False#False#500#0#\n"),
-            "0 errInvalidFileFormat Invalid file format: set.ini\n");
+  EXPECT_EQ(
+      Check("[Groups]\nLine=False#False#500#0#\n"),
+      "0 errInvalidFileFormat Invalid file format: set.ini: there is no section 'Communication Parameters'\n");
   EXPECT_EQ(Server().KELDataGroups()->Count(), 0);
 }
 
