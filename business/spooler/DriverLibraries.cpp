@@ -30,6 +30,17 @@ std::string TextOf(const char* text) {
   return text == nullptr ? "" : text;
 }
 
+const DriverLibraryFacts* FactsOf(const std::string& path, DriverLibraryEntry entry) {
+  try {
+    return entry();
+  } catch (const std::exception& error) {
+    Refuse(path, std::string("gives no facts: ") + DriverLibraryFunction + " failed: " + error.what());
+  } catch (...) {
+    Refuse(path,
+           std::string("gives no facts: ") + DriverLibraryFunction + " threw something that is no exception");
+  }
+}
+
 }  // namespace
 
 std::vector<std::string> DriverLibraries::SearchPath(const char* variable,
@@ -64,7 +75,7 @@ const DriverLibraryFacts& DriverLibraries::Open(const Place& place) const {
   const auto function = loader_.Load(place.path).Find(DriverLibraryFunction);
   if (function == nullptr)
     Refuse(place.path, std::string("is no driver: it exports no ") + DriverLibraryFunction);
-  const DriverLibraryFacts* const facts = reinterpret_cast<DriverLibraryEntry>(function)();
+  const DriverLibraryFacts* const facts = FactsOf(place.path, reinterpret_cast<DriverLibraryEntry>(function));
   if (facts == nullptr)
     Refuse(place.path, std::string("gives no facts: ") + DriverLibraryFunction + " is null");
   if (facts->magic != DriverLibraryFacts::Magic)

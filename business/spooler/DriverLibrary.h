@@ -12,6 +12,7 @@
 // host compares the plain fields of what it returns and calls nothing else of the library before they agree.
 #pragma once
 
+#include "errors/AutomationError.h"
 #include "spooler/DriverRegistry.h"
 
 #include <array>
@@ -24,8 +25,9 @@
 
 namespace orvo {
 
-// Raised when CommunicationDriver, DeviceObject, IEventNotify, ThreadPlatform, Files or DriverHost gets, loses
-// or moves a virtual function or a field, or when the meaning of one changes so that an old driver breaks it.
+// Raised when CommunicationDriver, DeviceObject, IEventNotify, ThreadPlatform, Files, DriverHost, Variant,
+// SafeArray or AutomationError gets, loses or moves a virtual function or a field, or when the meaning of one
+// changes so that an old driver breaks it.
 inline constexpr std::uint32_t DriverContractVersion = 1;
 
 // What the exported function returns; it lives as long as the process. The fields up to `build` keep their
@@ -90,6 +92,7 @@ consteval BuildText DescribeBuild() {
   text.Add(", sizes ").Add(sizeof(Variant)).Add("/").Add(sizeof(SafeArray<Variant>));
   text.Add("/").Add(sizeof(std::string)).Add("/").Add(sizeof(std::shared_ptr<IEventNotify>));
   text.Add("/").Add(sizeof(std::function<void()>)).Add("/").Add(sizeof(DriverHost));
+  text.Add("/").Add(sizeof(AutomationError));
   return text;
 }
 
@@ -99,8 +102,9 @@ constexpr BuildText ThisBuild = DescribeBuild();
 }  // namespace detail
 
 // What decides whether two builds can talk C++ to each other, for example "g++ 12, libstdc++ with new strings,
-// 64 bits, sizes 24/16/32/16/32/16": compiler and major version, standard library, its debug mode if it is on,
-// width of a pointer, sizes of Variant, SafeArray, std::string, std::shared_ptr, std::function and DriverHost.
+// 64 bits, sizes 24/16/32/16/32/16/48": compiler and major version, standard library, its debug mode if it is
+// on, width of a pointer, sizes of Variant, SafeArray, std::string, std::shared_ptr, std::function, DriverHost
+// and AutomationError.
 constexpr const char* DriverBuildText = detail::ThisBuild.characters.data();
 
 }  // namespace orvo

@@ -38,7 +38,10 @@ std::vector<std::string> SystemLibraries::LibrariesIn(const std::string& folder)
   std::error_code failure;
   for (fs::directory_iterator file(folder, failure), end; !failure && file != end; file.increment(failure)) {
     std::string name = file->path().filename().string();
-    if (name.size() > Ending().size() && name.ends_with(Ending())) names.push_back(std::move(name));
+    if (name.size() <= Ending().size() || !name.ends_with(Ending())) continue;
+    // Opening a pipe would wait for somebody who writes into it.
+    std::error_code unknown;
+    if (file->is_regular_file(unknown)) names.push_back(std::move(name));
   }
   std::sort(names.begin(), names.end());
   return names;

@@ -13,6 +13,7 @@ namespace orvo {
 class SystemLibraries final : public LibraryLoader {
  public:
   std::string Ending() const override { return ".so"; }
+  // Files and links to files; no folders, pipes or links that lead nowhere.
   std::vector<std::string> LibrariesIn(const std::string& folder) const override;
   // Every symbol is bound at once, so that a library that lacks something fails here and not in a call. Its own
   // symbols are not offered to other libraries: each has its own copy of what it is linked with.

@@ -99,6 +99,21 @@ TEST_F(DriverLibrariesTest, ALibraryWithoutFactsIsRefused) {
             Begin + "the library '/d/A.B.so' gives no facts: orvo_driver_library is null");
 }
 
+TEST_F(DriverLibrariesTest, ALibraryWhoseFunctionThrowsIsRefusedWithTheReason) {
+  loader.PutThrowing("/d/A.B.so", [] { throw std::runtime_error("no licence"); });
+  loader.PutThrowing("/d/A.C.so", [] { throw AutomationError(3, "no dongle"); });
+  loader.PutThrowing("/d/A.D.so", [] { throw 1; });
+  loader.Put("/d/A.E.so", Making("A.E"));
+  const std::string begin = "gives no facts: orvo_driver_library ";
+  EXPECT_EQ(Outcome(In({"/d"}), "A.B"), Begin + "the library '/d/A.B.so' " + begin + "failed: no licence");
+  EXPECT_EQ(Outcome(In({"/d"}), "A.C"), Begin + "the library '/d/A.C.so' " + begin + "failed: no dongle");
+  const auto found = In({"/d"}).List();
+  ASSERT_EQ(found.size(), 4U);
+  EXPECT_EQ(found[0].refusal, "the library '/d/A.B.so' " + begin + "failed: no licence");
+  EXPECT_EQ(found[2].refusal, "the library '/d/A.D.so' " + begin + "threw something that is no exception");
+  EXPECT_EQ(found[3].refusal, "") << "the list goes on";
+}
+
 TEST_F(DriverLibrariesTest, EachFactThatDoesNotAgreeIsARefusal) {
   const std::string begin = Begin + "the library '/d/A.B.so' ";
   DriverLibraryFacts facts = Making("A.B");
@@ -216,6 +231,7 @@ TEST_F(DriverLibrariesTest, TheTextOfTheBuildNamesWhatMustAgree) {
       build.find("sizes " + std::to_string(sizeof(Variant)) + "/" + std::to_string(sizeof(SafeArray<Variant>))),
       std::string::npos)
       << build;
+  EXPECT_TRUE(build.ends_with("/" + std::to_string(sizeof(AutomationError)))) << build;
 #if defined(__GNUC__) && !defined(__clang__)
   EXPECT_EQ(build.find("g++ " + std::to_string(__GNUC__) + ","), 0U) << build;
 #endif

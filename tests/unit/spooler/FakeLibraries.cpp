@@ -11,7 +11,10 @@ namespace {
 // host calls what it found at once.
 const DriverLibraryFacts* current = nullptr;
 
+std::function<void()> currentThrow;
+
 const DriverLibraryFacts* CurrentFacts() {
+  if (currentThrow) currentThrow();
   return current;
 }
 
@@ -22,10 +25,12 @@ class FakeLibraries::FakeLibrary final : public LibraryLoader::Library {
   std::optional<DriverLibraryFacts> facts;
   bool exports = true;
   std::string failure;
+  std::function<void()> throws;
 
   LibraryLoader::Function Find(const std::string& function) const override {
     if (!exports || function != "orvo_driver_library") return nullptr;
     current = facts ? &*facts : nullptr;
+    currentThrow = throws;
     return reinterpret_cast<LibraryLoader::Function>(&CurrentFacts);
   }
 };
@@ -47,6 +52,11 @@ void FakeLibraries::Put(const std::string& path, const DriverLibraryFacts& facts
 
 void FakeLibraries::PutWithoutFacts(const std::string& path) {
   files_.insert_or_assign(path, std::make_shared<FakeLibrary>());
+}
+
+void FakeLibraries::PutThrowing(const std::string& path, std::function<void()> failure) {
+  PutWithoutFacts(path);
+  files_.at(path)->throws = std::move(failure);
 }
 
 void FakeLibraries::PutWithoutFunction(const std::string& path) {

@@ -5,6 +5,7 @@
 #include "platform/LibraryLoader.h"
 #include "spooler/DriverLibrary.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -22,6 +23,8 @@ class FakeLibraries final : public LibraryLoader {
   void Put(const std::string& path, const DriverLibraryFacts& facts);
   // A file of which it returns null.
   void PutWithoutFacts(const std::string& path);
+  // A file of which it calls `failure`, which throws.
+  void PutThrowing(const std::string& path, std::function<void()> failure);
   // A file that exports nothing.
   void PutWithoutFunction(const std::string& path);
   // A file that cannot be loaded.

@@ -2,6 +2,8 @@
 #include "DiskFixture.h"
 #include "platform/portable/SystemLibraries.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
 namespace orvo {
@@ -68,6 +70,15 @@ TEST_F(SystemLibrariesTest, LibrariesAreListedByTheirEndingInTheOrderOfTheirByte
   for (const char* name : {"b.so", "B.so", "a.so", "a.txt", "a.so.1", ".so", "so"})
     Write(name, "");
   EXPECT_EQ(loader.LibrariesIn(folder_), (std::vector<std::string>{"B.so", "a.so", "b.so"}));
+}
+
+TEST_F(SystemLibrariesTest, OnlyFilesAndLinksToThemAreListed) {
+  ASSERT_EQ(::mkfifo(Path("pipe.so").c_str(), 0600), 0);
+  std::filesystem::create_directory(Path("folder.so"));
+  std::filesystem::create_symlink(Path("none"), Path("dangling.so"));
+  std::filesystem::create_symlink(Path("pipe.so"), Path("linked_pipe.so"));
+  std::filesystem::create_symlink(Write("file.so", ""), Path("linked_file.so"));
+  EXPECT_EQ(loader.LibrariesIn(folder_), (std::vector<std::string>{"file.so", "linked_file.so"}));
 }
 
 TEST_F(SystemLibrariesTest, AFolderThatDoesNotExistHasNoLibraries) {
