@@ -35,12 +35,12 @@ std::shared_ptr<SimulatedPanel> SimulatedPanel::Make(DriverHost host, PanelOptio
 SimulatedPanel::SimulatedPanel(Passkey /*key*/, DriverHost host, PanelOptions options)
     : platform_(host.platform),
       files_(host.files),
-      made_(std::move(options)),
-      options_(made_),
-      signals_(made_.signals),
+      base_(std::move(options)),
+      options_(base_),
+      signals_(base_.signals),
       faults_(std::make_shared<PanelFaults>()),
       lastTick_(platform_.TickCount()) {
-  if (!made_.script.empty()) Apply(PanelScript::Parse(OptionsScriptName, made_.script));
+  if (!base_.script.empty()) Apply(PanelScript::Parse(OptionsScriptName, base_.script));
 }
 
 SimulatedPanel::~SimulatedPanel() {
@@ -139,7 +139,7 @@ void SimulatedPanel::PutBaudRate(std::int32_t NewValue) {
   RequireClosed("The baud rate does not change");
   if (!IsPanelBaudRate(NewValue))
     throw AutomationError(PanelBadValue, "The panel has no baud rate " + std::to_string(NewValue));
-  options_.baudRate = NewValue;
+  Put(&PanelOptions::baudRate, NewValue);
 }
 
 void SimulatedPanel::Reserved18() {
@@ -180,7 +180,7 @@ std::int32_t SimulatedPanel::GroupCapacity() {
 
 void SimulatedPanel::PutNetworkType(std::int32_t NewValue) {
   faults_->Enter(PanelOperation::PutNetworkType);
-  options_.networkType = NewValue;
+  Put(&PanelOptions::networkType, NewValue);
 }
 
 void SimulatedPanel::Reserved23() {
@@ -207,7 +207,7 @@ void SimulatedPanel::PutComPortNumber(std::int32_t NewValue) {
   RequireClosed("The port does not change");
   if (NewValue < 1 || NewValue > 255)
     throw AutomationError(PanelBadValue, "Port " + std::to_string(NewValue) + " is not within 1..255");
-  options_.comPortNumber = NewValue;
+  Put(&PanelOptions::comPortNumber, NewValue);
 }
 
 std::int32_t SimulatedPanel::ComPortNumber() {
@@ -226,7 +226,7 @@ std::string SimulatedPanel::ProjectName() {
 
 void SimulatedPanel::PutProjectName(const std::string& NewValue) {
   faults_->Enter(PanelOperation::PutProjectName);
-  options_.projectName = NewValue;
+  Put(&PanelOptions::projectName, NewValue);
 }
 
 bool SimulatedPanel::GroupTransfer() {
@@ -242,7 +242,7 @@ bool SimulatedPanel::CheckVariable(std::int32_t TotalWordLength, std::int32_t It
 
 void SimulatedPanel::PutWordIO(std::int16_t NewValue) {
   faults_->Enter(PanelOperation::PutWordIO);
-  options_.wordIO = NewValue;
+  Put(&PanelOptions::wordIO, NewValue);
 }
 
 std::int16_t SimulatedPanel::WordIO() {
@@ -254,7 +254,7 @@ void SimulatedPanel::PutTimeout(std::int16_t NewValue) {
   faults_->Enter(PanelOperation::PutTimeout);
   if (NewValue < 0)
     throw AutomationError(PanelBadValue, "A time-out of " + std::to_string(NewValue) + " ms is below 0");
-  options_.timeout = NewValue;
+  Put(&PanelOptions::timeout, NewValue);
 }
 
 std::int16_t SimulatedPanel::Timeout() {

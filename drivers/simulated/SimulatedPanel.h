@@ -57,7 +57,8 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
 
   // --- The control face: what stands beside the line. None of it counts as a call of an operation.
 
-  // Options may be changed at any time; a change of signals has no effect.
+  // Options may be changed at any time, and applying a script takes the changes back; a change of signals has no
+  // effect.
   PanelOptions& Options() noexcept { return options_; }
   PanelFaults& Faults() noexcept { return *faults_; }
   // The memory as it stands after the last answer (signals move at answers only).
@@ -67,7 +68,8 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   // nothing changes). The panel begins anew: memory zero but for what the script puts there, options as the
   // panel was made with and as the script sets them, the script's faults and link cuts, all its counters and
   // its clock at 0. Stays: whether communication is open, definitions, requests on their way, what the control
-  // face scripted, and a property's put value (project name included) that the script does not set.
+  // face scripted, and a property's put value (project name included) that the script does not set; what only
+  // the script before set does not. Images that were downloaded are gone.
   void LoadScript(std::string_view name, std::string_view text);
 
   // Reads and writes of exactly this item (not of others that share its bytes) answer `error`; 0 takes it back.
@@ -223,13 +225,18 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
   void Download(PanelOperation operation, const std::string& fileName, PanelImage& held,
                 void (IEventNotify::*progress)(std::int16_t), void (IEventNotify::*complete)());
   bool DownloadNeeded(const PanelImage& held, std::optional<bool> fixed) const;
+  // A property's new value, beyond the script that is applied now.
+  template <class Value>
+  void Put(Value PanelOptions::*property, const Value& value) {
+    base_.*property = options_.*property = value;
+  }
   // Calls the sink, if there is one.
   void Tell(const Completion& call);
   void RequireClosed(std::string_view what) const;
 
   ThreadPlatform& platform_;
   Files& files_;
-  const PanelOptions made_;  // what it was made with; the base of every script
+  PanelOptions base_;  // what it was made with and what was put since; the base of every script
 
   PanelOptions options_;
   PanelScript script_;

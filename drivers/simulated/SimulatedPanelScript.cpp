@@ -12,15 +12,7 @@ void SimulatedPanel::LoadScript(std::string_view name, std::string_view text) {
 }
 
 void SimulatedPanel::Apply(PanelScript script) {
-  // What was put stays; everything else begins with what the panel was made with.
-  PanelOptions base = made_;
-  base.baudRate = options_.baudRate;
-  base.comPortNumber = options_.comPortNumber;
-  base.networkType = options_.networkType;
-  base.wordIO = options_.wordIO;
-  base.timeout = options_.timeout;
-  base.projectName = options_.projectName;
-  PanelOptions options = script.Applied(std::move(base));
+  PanelOptions options = script.Applied(base_);
   signals_ = PanelSignals(options.signals);
   options_ = std::move(options);
   script_ = std::move(script);
@@ -59,7 +51,7 @@ std::shared_ptr<DeviceObject> SimulatedPanel::CreateDevice(const std::string& De
                             "The panel script '" + fileName + "' cannot be read: " + error.Description());
     }
     PanelScript script = PanelScript::Parse(fileName, text);
-    if (!script.Applied(made_).deviceKinds.contains(kind)) return nullptr;
+    if (!script.Applied(base_).deviceKinds.contains(kind)) return nullptr;
     Apply(std::move(script));
   }
   if (faults_->Judge(PanelOperation::CreateDevice)) return nullptr;

@@ -131,6 +131,30 @@ TEST_F(PanelScripts, WhatWasPutStaysUnlessTheScriptSetsIt) {
   EXPECT_EQ(panel->BootDate(), "2024-01-15");
 }
 
+TEST_F(PanelScripts, WhatOnlyAnEarlierScriptSetGoesBackToItsFirstValue) {
+  panel->PutWordIO(3);
+  panel->LoadScript("one",
+                    "set BaudRate 19200\nset ComPortNumber 4\nset ProjectName \"p\"\nset WordIO 5\n"
+                    "set Timeout 6\nset NetworkType 7\nset HeldProject \"held\"");
+  panel->LoadScript("two", "");
+  EXPECT_EQ(panel->BaudRate(), 9600);
+  EXPECT_EQ(panel->ComPortNumber(), 1);
+  EXPECT_EQ(panel->ProjectName(), "");
+  EXPECT_EQ(panel->WordIO(), 3) << "put before";
+  EXPECT_EQ(panel->Timeout(), 1000);
+  EXPECT_EQ(panel->NetworkType(), 0);
+  EXPECT_EQ(panel->HeldProject().name, "");
+}
+
+TEST_F(PanelScripts, ADownloadedImageIsGoneWhenAScriptIsApplied) {
+  files.PutFile("new.fw", "f");
+  panel->LoadScript("one", "");
+  panel->DownloadFirmware("new.fw", 0);
+  EXPECT_EQ(panel->HeldFirmware().name, "new");
+  panel->LoadScript("two", "");
+  EXPECT_EQ(panel->HeldFirmware().name, "");
+}
+
 TEST_F(PanelScripts, EachPropertyAnswersWhatTheScriptSetsUntilItIsPut) {
   panel->LoadScript(
       "test",
