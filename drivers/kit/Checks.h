@@ -23,6 +23,7 @@ std::span<const Check> CommunicationChecks();
 std::span<const Check> ReadChecks();
 std::span<const Check> WriteChecks();
 std::span<const Check> SequenceChecks();
+std::span<const Check> SessionChecks();
 std::span<const Check> GroupChecks();
 std::span<const Check> EndChecks();
 std::span<const Check> DownloadChecks();

@@ -49,6 +49,7 @@ void Download(DriverSession& session, const Kind& kind) {
   const std::vector<SinkEvent>& events = session.Sink().downloads;
   if (events.size() != during) throw CheckFailed{"events came after " + kind.name + " had returned"};
   std::int16_t former = 0;
+  bool progressed = false;
   std::size_t completions = 0;
   for (const SinkEvent& event : events) {
     if (completions > 0) throw CheckFailed{SinkEventName(event.kind) + " came after the completion"};
@@ -62,8 +63,11 @@ void Download(DriverSession& session, const Kind& kind) {
       throw CheckFailed{"progress went from " + std::to_string(former) + " % to " +
                         std::to_string(event.percent) + " %"};
     former = event.percent;
+    progressed = true;
   }
   if (completions == 0) throw CheckFailed{"no completion was reported"};
+  if (!progressed) throw CheckFailed{"no progress was reported"};
+  if (former != 100) throw CheckFailed{"progress ended at " + std::to_string(former) + " %"};
 }
 
 void DownloadsFirmware(DriverSession& session) {

@@ -206,12 +206,51 @@ SinkEvent DriverSession::AwaitAnswer(SinkEventKind kind, std::size_t number) {
   return answer;
 }
 
+SinkEvent DriverSession::AwaitOnly(SinkEventKind kind, std::size_t number) {
+  if (const std::size_t count = sink_->answers.size(); count != number)
+    throw CheckFailed{Counted(count, "answer") + " after " + Counted(number, "request")};
+  SinkEvent answer = AwaitAnswer(kind, number);
+  RunFor(std::chrono::milliseconds::zero());
+  if (const std::size_t count = sink_->answers.size(); count != number + 1)
+    throw CheckFailed{Counted(count, "answer") + " after " + Counted(number + 1, "request")};
+  return answer;
+}
+
 void DriverSession::RequireAnswers(std::size_t count, const std::string& after) {
   const std::shared_ptr<RecordingSink> sink = sink_;
   RunFor(plan_.quiet);
   if (sink->answers.size() == count) return;
   throw CheckFailed{Counted(sink->answers.size(), "answer") + " instead of " + std::to_string(count) + ' ' +
                     after};
+}
+
+SinkEvent DriverSession::CloseAndRequireAnswer(SinkEventKind kind, std::size_t items, std::size_t number) {
+  Close();
+  return RequireClosingAnswer(kind, items, number);
+}
+
+SinkEvent DriverSession::RequireClosingAnswer(SinkEventKind kind, std::size_t items, std::size_t number) {
+  // One pass for what the close has posted, one for what this has posted in turn; no time passes.
+  constexpr int passes = 2;
+  for (int k = 0; k < passes; ++k)
+    RunFor(std::chrono::milliseconds::zero());
+  if (sink_->answers.size() <= number) throw CheckFailed{"no answer by the next pass of the message loop"};
+  SinkEvent answer = sink_->answers[number];
+  if (answer.insideCall) throw CheckFailed{"the answer came inside a call into the driver"};
+  if (answer.kind != kind) throw CheckFailed{"the answer is " + SinkEventName(answer.kind)};
+  if (kind == SinkEventKind::ReadGroupComplete || kind == SinkEventKind::WriteGroupComplete) {
+    if (answer.error == 0) throw CheckFailed{"the close answers the group with error 0"};
+    return answer;
+  }
+  RequireArrays(answer, items);
+  for (std::size_t k = 0; k < items; ++k) {
+    const std::string item = "item " + std::to_string(k + 1) + " of " + std::to_string(items);
+    if (answer.errors.View()[k] == 0) throw CheckFailed{"the close answers " + item + " with error 0"};
+    if (kind == SinkEventKind::ReadComplete && !answer.values.View()[k].IsEmpty())
+      throw CheckFailed{"the close answers " + item + " with a value beside error " +
+                        std::to_string(answer.errors.View()[k])};
+  }
+  return answer;
 }
 
 void DriverSession::RequireArrays(const SinkEvent& answer, std::size_t count) {

@@ -92,8 +92,17 @@ class DriverSession {
   // The next answer, `number` counted from 0; CheckFailed when it does not come within the plan's time-out, or
   // is of another kind.
   SinkEvent AwaitAnswer(SinkEventKind kind, std::size_t number = 0);
+  // The same; CheckFailed also when others than the first `number` have come before, or another comes by the
+  // next pass.
+  SinkEvent AwaitOnly(SinkEventKind kind, std::size_t number);
   // Looks out for the quiet period and then requires that exactly `count` answers have come in all.
   void RequireAnswers(std::size_t count, const std::string& after);
+  // Closes while a request is under way; see RequireClosingAnswer.
+  SinkEvent CloseAndRequireAnswer(SinkEventKind kind, std::size_t items, std::size_t number = 0);
+  // The latest answer, `number` counted from 0, is the one that a close gave to a request of so many items (a
+  // group has none): it has come by the next pass of the message loop, outside of any call, of this kind, and
+  // with an error and an Empty value for each item.
+  SinkEvent RequireClosingAnswer(SinkEventKind kind, std::size_t items, std::size_t number = 0);
   // Values and errors of a read: as many as items, lower bound 0.
   static void RequireArrays(const SinkEvent& answer, std::size_t count);
 

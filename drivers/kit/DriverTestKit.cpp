@@ -16,7 +16,7 @@ namespace {
 std::vector<Check> AllChecks() {
   std::vector<Check> all;
   for (const auto group : {DeviceChecks(), CommunicationChecks(), PropertyChecks(), ReadChecks(), WriteChecks(),
-                           SequenceChecks(), EndChecks(), GroupChecks(), DownloadChecks()})
+                           SequenceChecks(), EndChecks(), SessionChecks(), GroupChecks(), DownloadChecks()})
     all.insert(all.end(), group.begin(), group.end());
   return all;
 }

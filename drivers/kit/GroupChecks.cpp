@@ -50,6 +50,14 @@ void RequireGroupAnswer(const SinkEvent& answer, const std::string& name) {
   if (answer.error != 0) throw CheckFailed{"the group is answered with error " + std::to_string(answer.error)};
 }
 
+void RequireBufferOf(const SinkEvent& answer, std::size_t bytes) {
+  if (answer.buffer.Size() != bytes)
+    throw CheckFailed{"the buffer has " + Counted(answer.buffer.Size(), "byte") + " instead of " +
+                      std::to_string(bytes)};
+  if (answer.buffer.LowerBound() != 0)
+    throw CheckFailed{"the buffer begins at " + std::to_string(answer.buffer.LowerBound()) + ", not at 0"};
+}
+
 void ReadsGroup(DriverSession& session) {
   const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
   RequireGroupAnswer(AnswerOfGroupRead(session, buffer), "ReadGroup");
@@ -60,11 +68,7 @@ void ReadsGroup(DriverSession& session) {
 void AnswersGroupBuffer(DriverSession& session) {
   const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
   const SinkEvent answer = AnswerOfGroupRead(session, buffer);
-  if (answer.buffer.Size() != buffer.Size())
-    throw CheckFailed{"the buffer has " + Counted(answer.buffer.Size(), "byte") + " instead of " +
-                      std::to_string(buffer.Size())};
-  if (answer.buffer.LowerBound() != 0)
-    throw CheckFailed{"the buffer begins at " + std::to_string(answer.buffer.LowerBound()) + ", not at 0"};
+  RequireBufferOf(answer, buffer.Size());
 }
 
 void WritesGroup(DriverSession& session) {
@@ -81,13 +85,63 @@ void ClosingAnswersGroup(DriverSession& session) {
   const SafeArray<std::uint8_t> buffer = DefinedGroup(session);
   if (!session.MayRefuse("ReadGroup", [&] { session.Driver().ReadGroup(session.Plan().groupId, buffer); }))
     throw NotApplicable{"ReadGroup is refused"};
-  session.Close();
-  session.RunFor(std::chrono::milliseconds::zero());
-  session.RunFor(std::chrono::milliseconds::zero());
-  if (session.Sink().answers.empty()) throw CheckFailed{"no answer by the next pass of the message loop"};
-  if (const SinkEventKind kind = session.Sink().answers.front().kind; kind != SinkEventKind::ReadGroupComplete)
-    throw CheckFailed{"the answer is " + SinkEventName(kind)};
+  session.CloseAndRequireAnswer(SinkEventKind::ReadGroupComplete, 0);
   session.RequireAnswers(1, "to one read of the group");
+}
+
+void ClosingAnswersGroupWrite(DriverSession& session) {
+  const SinkEvent read = AnswerOfGroupRead(session, DefinedGroup(session));
+  session.Call("WriteGroup", [&] { session.Driver().WriteGroup(session.Plan().groupId, read.buffer); });
+  session.CloseAndRequireAnswer(SinkEventKind::WriteGroupComplete, 0, 1);
+  session.RequireAnswers(2, "to a read and a write of the group");
+}
+
+void RefusesGroupsWhileClosed(DriverSession& session) {
+  const SinkEvent read = AnswerOfGroupRead(session, DefinedGroup(session));
+  CommunicationDriver& driver = session.Driver();
+  const std::int32_t group = session.Plan().groupId;
+  session.Close();
+  if (session.MayRefuse("ReadGroup after the closing", [&] { driver.ReadGroup(group, read.buffer); }))
+    throw CheckFailed{"ReadGroup is taken after the closing"};
+  if (!session.Plan().writes.empty() &&
+      session.MayRefuse("WriteGroup after the closing", [&] { driver.WriteGroup(group, read.buffer); }))
+    throw CheckFailed{"WriteGroup is taken after the closing"};
+  session.RequireAnswers(1, "to requests of which one was taken");
+}
+
+// In turn on one driver, and in the end a close with one more request under way.
+void LongSession(DriverSession& session, bool writes) {
+  constexpr std::size_t rounds = 12;
+  SafeArray<std::uint8_t> buffer = DefinedGroup(session);
+  const std::int32_t group = session.Plan().groupId;
+  const auto send = [&](bool write) {
+    if (write)
+      session.Call("WriteGroup", [&] { session.Driver().WriteGroup(group, buffer); });
+    else
+      session.Call("ReadGroup", [&] { session.Driver().ReadGroup(group, buffer); });
+    return write ? SinkEventKind::WriteGroupComplete : SinkEventKind::ReadGroupComplete;
+  };
+  std::size_t sent = 0;
+  for (std::size_t k = 0; k < rounds; ++k) {
+    for (const bool write : {false, true}) {
+      if (write && !writes) continue;
+      const SinkEvent answer = session.AwaitOnly(send(write), sent++);
+      RequireGroupAnswer(answer, write ? "WriteGroup" : "ReadGroup");
+      if (write) continue;
+      RequireBufferOf(answer, buffer.Size());
+      buffer = answer.buffer;
+    }
+  }
+  session.RequireAnswers(sent, "to as many requests of the group");
+  session.CloseAndRequireAnswer(send(writes), 0, sent);
+  session.RequireAnswers(sent + 1, "to as many requests of the group");
+}
+
+void LongSessionOfReads(DriverSession& session) {
+  LongSession(session, false);
+}
+void LongSessionOfReadsAndWrites(DriverSession& session) {
+  LongSession(session, true);
 }
 
 constexpr std::array List{
@@ -110,6 +164,22 @@ constexpr std::array List{
            "CloseCommunication answers a group's read that is under way as it does others."},
           "opens compiles-items",
           ClosingAnswersGroup},
+    Check{{"closing-answers-group-writes",
+           "CloseCommunication answers a group's write that is under way as it does others."},
+          "writes-groups",
+          ClosingAnswersGroupWrite},
+    Check{{"refuses-groups-while-closed",
+           "A request of a group while communication is closed is refused by an error, and not answered."},
+          "reads-groups answers-group-buffer",
+          RefusesGroupsWhileClosed},
+    Check{{"long-session-of-group-reads",
+           "A dozen reads of a group in turn on one driver are answered once each before the next is sent, and "
+           "a close in the end answers the last."},
+          "reads-groups answers-group-buffer closing-answers-groups",
+          LongSessionOfReads},
+    Check{{"long-session-of-groups", "The same with a write of the group after each read."},
+          "long-session-of-group-reads writes-groups closing-answers-group-writes",
+          LongSessionOfReadsAndWrites},
 };
 
 }  // namespace

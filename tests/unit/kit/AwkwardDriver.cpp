@@ -92,7 +92,8 @@ void AwkwardDriver::AnswerRead(IEventNotify& sink, const SafeArray<double>& addr
     Variant value = Variant::OfBytes(bytes);
     if (Is(Slip::AnswersNumbers)) value = static_cast<std::int16_t>(number);
     if (Is(Slip::AnswersHalfTheBytes)) value = Variant::OfBytes(std::span(bytes).first(1));
-    const std::int32_t error = !open_ ? 5 : address == 0 ? 10 : 0;
+    const bool closed = !open_ && !Is(Slip::ClosesReadsWithoutErrors);
+    const std::int32_t error = closed ? 5 : address == 0 ? 10 : 0;
     values.Append(error == 0 || Is(Slip::ValueBesideAnError) ? value : Variant());
     errors.Append(error);
   }
@@ -106,10 +107,29 @@ void AwkwardDriver::AnswerRead(IEventNotify& sink, const SafeArray<double>& addr
 void AwkwardDriver::WriteItems(const SafeArray<double>& CompiledAddresses,
                                const SafeArray<std::int16_t>& /*Dimensions*/,
                                const SafeArray<Variant>& DATAValues) {
+  if (!open_ && Is(Slip::TakesWritesWhileClosed)) return;
   Take([this, CompiledAddresses, DATAValues](IEventNotify& sink) {
-    for (std::size_t k = 0; k < CompiledAddresses.Size() && !Is(Slip::ForgetsWrites); ++k)
-      memory_[CompiledAddresses.View()[k]] = ToI2(DATAValues.View()[k]);
-    sink.AsyncWriteComplete(SafeArray<std::int32_t>(CompiledAddresses.Size()));
+    if (!open_ && Is(Slip::ClosesWritesInSilence)) return;
+    SafeArray<std::int32_t> errors;
+    for (std::size_t k = 0; k < CompiledAddresses.Size(); ++k) {
+      errors.Append(open_ || Is(Slip::ClosesWritesWithoutErrors) ? 0 : 5);
+      if (open_ && !Is(Slip::ForgetsWrites)) memory_[CompiledAddresses.View()[k]] = ToI2(DATAValues.View()[k]);
+    }
+    sink.AsyncWriteComplete(errors);
+  });
+}
+
+void AwkwardDriver::ReadGroup(std::int32_t /*GroupId*/, const SafeArray<std::uint8_t>& Buffer) {
+  if (!open_ && Is(Slip::TakesGroupReadsWhileClosed)) return;
+  Take([this, Buffer](IEventNotify& sink) {
+    sink.AsyncReadGroupComplete(Buffer, open_ || Is(Slip::ClosesGroupReadsWithoutErrors) ? 0 : 5);
+  });
+}
+
+void AwkwardDriver::WriteGroup(std::int32_t /*GroupId*/, const SafeArray<std::uint8_t>& /*Buffer*/) {
+  if (!open_ && Is(Slip::TakesGroupWritesWhileClosed)) return;
+  Take([this](IEventNotify& sink) {
+    sink.AsyncWriteGroupComplete(open_ || Is(Slip::ClosesGroupWritesWithoutErrors) ? 0 : 5);
   });
 }
 
@@ -183,12 +203,15 @@ void AwkwardDriver::CloseCommunication() {
 
 void AwkwardDriver::DownloadFirmware(const std::string& FileName, std::int32_t /*Flag*/) {
   if (Is(Slip::DownloadsNothing)) {
+    target_->DownloadFirmwareInProgress(100);
     target_->DownloadFirmwareComplete();
     return;
   }
   host_.files.ReadWhole(FileName);
-  target_->DownloadFirmwareInProgress(50);
-  target_->DownloadFirmwareInProgress(Is(Slip::ProgressFalls) ? 40 : 100);
+  if (!Is(Slip::ReportsNoProgress)) {
+    target_->DownloadFirmwareInProgress(50);
+    target_->DownloadFirmwareInProgress(Is(Slip::ProgressFalls) ? 40 : Is(Slip::ProgressEndsEarly) ? 99 : 100);
+  }
   if (Is(Slip::ReportsLater))
     host_.platform.Post([self = shared_from_this()] { self->target_->DownloadFirmwareComplete(); });
   else
@@ -213,6 +236,10 @@ std::int16_t AwkwardDriver::MinorVersion() {
 
 std::int32_t AwkwardDriver::GroupCapacity() {
   return Is(Slip::NegativeCapacity) ? -1 : 0;
+}
+
+bool AwkwardDriver::GroupTransfer() {
+  return slip_ >= Slip::TransfersGroups;
 }
 
 bool AwkwardDriver::CheckVariable(std::int32_t TotalWordLength, std::int32_t /*ItemCount*/) {

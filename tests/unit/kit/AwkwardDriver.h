@@ -69,6 +69,18 @@ enum class Slip {
   ReportsTwice,
   ReportsLater,
   DownloadsNothing,
+  ReportsNoProgress,
+  ProgressEndsEarly,
+  TakesWritesWhileClosed,
+  ClosesReadsWithoutErrors,
+  ClosesWritesWithoutErrors,
+  ClosesWritesInSilence,
+  // The following transfer whole groups, the first without a slip.
+  TransfersGroups,
+  TakesGroupReadsWhileClosed,
+  TakesGroupWritesWhileClosed,
+  ClosesGroupReadsWithoutErrors,
+  ClosesGroupWritesWithoutErrors,
 };
 
 // What a slip keeps alive, so that a test can let go of it.
@@ -92,6 +104,8 @@ class AwkwardDriver final : public ScriptedDriver, public std::enable_shared_fro
                   const SafeArray<Variant>& DATAValues) override;
   void ReadItems(const SafeArray<double>& CompiledAddresses,
                  const SafeArray<std::int16_t>& Dimensions) override;
+  void WriteGroup(std::int32_t GroupId, const SafeArray<std::uint8_t>& Buffer) override;
+  void ReadGroup(std::int32_t GroupId, const SafeArray<std::uint8_t>& Buffer) override;
   void OpenCommunication(bool Open) override;
   void CloseCommunication() override;
   void DownloadFirmware(const std::string& FileName, std::int32_t Flag) override;
@@ -99,6 +113,7 @@ class AwkwardDriver final : public ScriptedDriver, public std::enable_shared_fro
   void PutTimeout(std::int16_t NewValue) override;
   std::int16_t MinorVersion() override;
   std::int32_t GroupCapacity() override;
+  bool GroupTransfer() override;
   bool CheckVariable(std::int32_t TotalWordLength, std::int32_t ItemCount) override;
   std::shared_ptr<DeviceObject> CreateDevice(const std::string& DeviceKind) override;
 

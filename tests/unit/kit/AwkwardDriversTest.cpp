@@ -35,6 +35,24 @@ TEST(DriverUnderTest, WithoutASlipItPasses) {
   KitRun run;
   RunSlip(run, Slip::None);
   EXPECT_EQ(run.Failed(), "");
+  EXPECT_EQ(run.Detail("refuses-groups-while-closed"), "the driver transfers no whole groups");
+  KitRun groups;
+  RunSlip(groups, Slip::TransfersGroups);
+  EXPECT_EQ(groups.Failed(), "");
+  EXPECT_EQ(groups.Detail("long-session-of-groups"), "");
+}
+
+TEST(DriverUnderTest, WithoutValuesToWriteGroupsAreRead) {
+  KitRun run;
+  Leftovers leftovers;
+  run.plan.deviceKind = "Board";
+  run.plan.items = {"R0"};
+  run.Run([&](DriverHost host) {
+    return std::make_shared<AwkwardDriver>(host, Slip::TakesGroupWritesWhileClosed, leftovers);
+  });
+  EXPECT_EQ(run.Failed(), "");
+  EXPECT_EQ(run.Detail("refuses-groups-while-closed") + run.Detail("long-session-of-group-reads"), "");
+  EXPECT_EQ(run.Detail("long-session-of-groups"), "no value is given that may be written");
 }
 
 TEST(DriverUnderTest, AFactoryThatGivesOneDriverAgainIsFound) {
@@ -119,7 +137,7 @@ INSTANTIATE_TEST_SUITE_P(
         SlipRow{"ThrowsForeignException", Slip::ThrowsForeignException,
                 "refuses-while-closed reads answers-on-owners-thread closing-answers release-under-way",
                 "ReadItems before the opening threw something other than an AutomationError: a slip"},
-        SlipRow{"TakesWhileClosed", Slip::TakesWhileClosed, "refuses-while-closed",
+        SlipRow{"TakesWhileClosed", Slip::TakesWhileClosed, "refuses-while-closed refuses-writes-while-closed",
                 "ReadItems is taken before the opening"},
         SlipRow{"AnswersInsideTheCall", Slip::AnswersInsideTheCall,
                 "answers-outside-the-call answers-writes-once reads-from-the-handler "
@@ -137,7 +155,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "the value of 'R0' has 1 byte instead of 2"},
         SlipRow{"AnswersAWrite", Slip::AnswersAWrite, "reads closing-answers",
                 "the answer is AsyncWriteComplete instead of AsyncReadComplete"},
-        SlipRow{"ValueBesideAnError", Slip::ValueBesideAnError, "answers-errors-with-empty",
+        SlipRow{"ValueBesideAnError", Slip::ValueBesideAnError, "answers-errors-with-empty closing-answers",
                 "the value of 'address 0' is not Empty beside error 10"},
         SlipRow{"ForgetsWrites", Slip::ForgetsWrites, "reads-back",
                 "'R0' does not read what was written to it"},
@@ -177,9 +195,9 @@ INSTANTIATE_TEST_SUITE_P(
                 "the former sink is still held after another one was set"},
         SlipRow{"CallsAWithdrawnSink", Slip::CallsAWithdrawnSink, "lives-without-a-sink",
                 "1 answer instead of 0 at a sink that was withdrawn"},
-        SlipRow{"ClosesInSilence", Slip::ClosesInSilence, "closing-answers",
+        SlipRow{"ClosesInSilence", Slip::ClosesInSilence, "closing-answers-writes closing-answers",
                 "no answer by the next pass of the message loop"},
-        SlipRow{"AnswersInsideClose", Slip::AnswersInsideClose, "closing-answers",
+        SlipRow{"AnswersInsideClose", Slip::AnswersInsideClose, "closing-answers-writes closing-answers",
                 "the answer came inside a call into the driver"},
         SlipRow{"StaysBusyAfterClose", Slip::StaysBusyAfterClose, "closing-clears",
                 "ReadItems after closing and opening failed with 1 (busy)"},
@@ -202,7 +220,25 @@ INSTANTIATE_TEST_SUITE_P(
         SlipRow{"ReportsLater", Slip::ReportsLater, "downloads-firmware",
                 "events came after DownloadFirmware had returned"},
         SlipRow{"DownloadsNothing", Slip::DownloadsNothing, "fails-without-a-file",
-                "DownloadFirmware of a file that does not exist does not fail"}),
+                "DownloadFirmware of a file that does not exist does not fail"},
+        SlipRow{"ReportsNoProgress", Slip::ReportsNoProgress, "downloads-firmware", "no progress was reported"},
+        SlipRow{"ProgressEndsEarly", Slip::ProgressEndsEarly, "downloads-firmware", "progress ended at 99 %"},
+        SlipRow{"TakesWritesWhileClosed", Slip::TakesWritesWhileClosed, "refuses-writes-while-closed",
+                "WriteItems is taken before the opening"},
+        SlipRow{"ClosesReadsWithoutErrors", Slip::ClosesReadsWithoutErrors, "closing-answers",
+                "the close answers item 1 of 2 with error 0"},
+        SlipRow{"ClosesWritesWithoutErrors", Slip::ClosesWritesWithoutErrors, "closing-answers-writes",
+                "the close answers item 1 of 2 with error 0"},
+        SlipRow{"ClosesWritesInSilence", Slip::ClosesWritesInSilence, "closing-answers-writes",
+                "no answer by the next pass of the message loop"},
+        SlipRow{"TakesGroupReadsWhileClosed", Slip::TakesGroupReadsWhileClosed, "refuses-groups-while-closed",
+                "ReadGroup is taken after the closing"},
+        SlipRow{"TakesGroupWritesWhileClosed", Slip::TakesGroupWritesWhileClosed, "refuses-groups-while-closed",
+                "WriteGroup is taken after the closing"},
+        SlipRow{"ClosesGroupReadsWithoutErrors", Slip::ClosesGroupReadsWithoutErrors, "closing-answers-groups",
+                "the close answers the group with error 0"},
+        SlipRow{"ClosesGroupWritesWithoutErrors", Slip::ClosesGroupWritesWithoutErrors,
+                "closing-answers-group-writes", "the close answers the group with error 0"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -15,9 +15,9 @@ using kit::Verdict;
 
 std::vector<kit::Check> AllChecks() {
   std::vector<kit::Check> all;
-  for (const auto group :
-       {kit::DeviceChecks(), kit::CommunicationChecks(), kit::PropertyChecks(), kit::ReadChecks(),
-        kit::WriteChecks(), kit::SequenceChecks(), kit::EndChecks(), kit::GroupChecks(), kit::DownloadChecks()})
+  for (const auto group : {kit::DeviceChecks(), kit::CommunicationChecks(), kit::PropertyChecks(),
+                           kit::ReadChecks(), kit::WriteChecks(), kit::SequenceChecks(), kit::EndChecks(),
+                           kit::SessionChecks(), kit::GroupChecks(), kit::DownloadChecks()})
     all.insert(all.end(), group.begin(), group.end());
   return all;
 }

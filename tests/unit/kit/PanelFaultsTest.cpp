@@ -102,6 +102,46 @@ INSTANTIATE_TEST_SUITE_P(
         FaultRow{"fault WriteGroup refuse", "writes-groups", "WriteGroup failed with 1"},
         FaultRow{"fault WriteGroup fail 5", "writes-groups", "WriteGroup failed with 5"}));
 
+// What is late, but not so late that no answer came in time, comes too late after a close.
+constexpr const char* LateAfterClose = "no answer by the next pass of the message loop";
+INSTANTIATE_TEST_SUITE_P(
+    LateWithinTheTimeout, ScriptedFault,
+    ::testing::Values(
+        FaultRow{"fault ReadItems late 700 ms", "closing-answers", LateAfterClose},
+        FaultRow{"fault WriteItems late 700 ms", "closing-answers-writes", LateAfterClose},
+        FaultRow{"fault ReadGroup late 700 ms", "closing-answers-groups", LateAfterClose},
+        FaultRow{"fault WriteGroup late 700 ms", "closing-answers-group-writes", LateAfterClose},
+        FaultRow{"fault FL104 late 700 ms", "closing-answers-writes closing-answers", LateAfterClose},
+        FaultRow{"fault ReadItems late 700 ms after 6", "long-session-of-reads", LateAfterClose},
+        FaultRow{"fault WriteItems late 700 ms after 6", "long-session", LateAfterClose},
+        FaultRow{"fault ReadGroup late 700 ms after 6", "long-session-of-group-reads", LateAfterClose},
+        FaultRow{"fault WriteGroup late 700 ms after 6", "long-session-of-groups", LateAfterClose},
+        FaultRow{"fault FL104 late 700 ms after 6", "long-session-of-reads", LateAfterClose}));
+
+INSTANTIATE_TEST_SUITE_P(
+    AfterSomeRequests, ScriptedFault,
+    ::testing::Values(
+        FaultRow{"fault ReadItems never after 6", "long-session-of-reads", "no answer within 5 s"},
+        FaultRow{"fault ReadItems twice after 6", "long-session-of-reads", "8 answers after 7 requests"},
+        FaultRow{"fault ReadItems twice after 20 times 1", "long-session-of-reads",
+                 "22 answers after 21 requests"},
+        FaultRow{"fault ReadItems late 8 s after 6", "long-session-of-reads", "no answer within 5 s"},
+        FaultRow{"fault ReadItems delay 6 s after 6", "long-session-of-reads", "no answer within 5 s"},
+        FaultRow{"fault ReadItems refuse after 6", "long-session-of-reads", "ReadItems failed with 1"},
+        FaultRow{"fault ReadItems fail 3 after 6", "long-session-of-reads", "ReadItems failed with 3"},
+        FaultRow{"fault ReadItems short 1 after 6", "long-session-of-reads", "1 error for 2 addresses"},
+        FaultRow{"fault ReadItems long 1 after 6", "long-session-of-reads", "3 errors for 2 addresses"},
+        FaultRow{"fault WriteItems never after 6", "long-session", "no answer within 5 s"},
+        FaultRow{"fault WriteItems twice after 6", "long-session", "15 answers after 14 requests"},
+        FaultRow{"fault WriteItems short 1 after 6", "long-session", "1 error for 2 addresses"},
+        FaultRow{"fault FL104 fail 5 after 8", "long-session-of-reads", "request 9 is answered with error 5"},
+        FaultRow{"fault ReadGroup never after 6", "long-session-of-group-reads", "no answer within 5 s"},
+        FaultRow{"fault ReadGroup short 1 after 6", "long-session-of-group-reads",
+                 "the buffer has 5 bytes instead of 6"},
+        FaultRow{"fault WriteGroup twice after 6", "long-session-of-groups", "15 answers after 14 requests"},
+        FaultRow{"link cut at 300 ms for 10 ms every 1 min", "long-session-of-reads long-session-of-groups",
+                 "request 15 is answered with error 5"}));
+
 INSTANTIATE_TEST_SUITE_P(
     Items, ScriptedFault,
     ::testing::Values(
