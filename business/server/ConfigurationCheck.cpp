@@ -68,6 +68,8 @@ class Check {
       std::string_view value = entry.value;
       if (value.ends_with(saved::FieldEnd)) value.remove_suffix(1);
       const auto fields = static_cast<std::size_t>(std::count(value.begin(), value.end(), saved::FieldEnd)) + 1;
+      if (known == saved::ItemFields && value.ends_with("#True#True"))
+        Report(entry.line, "key '" + entry.key + "': Signed and BCD are both True; BCD counts");
       if (fields > known)
         Report(entry.line,
                "key '" + entry.key + "': field " + std::to_string(known + 1) + " and what follows is not read");

@@ -166,6 +166,9 @@ class KELDataServer final : public AutomationObject, public ModelServer {
   std::shared_ptr<CommunicationDriver> RequireDriver() const;
   template <class Question>
   auto FromDriver(Question&& question);
+  // Whether the saved facts of an item are those that the device compiles of its identifier; the difference as
+  // a text otherwise.
+  std::string CompiledDifference(const KELDataItem& item) const;
   void ApplyConfiguration(const IniFile& file, const std::string& FileName,
                           const std::function<void(std::size_t, const AutomationError&)>& failed);
   void RequireNotRunning() const;

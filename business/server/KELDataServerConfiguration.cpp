@@ -8,6 +8,7 @@
 #include "values/VariantConversion.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace orvo {
 
@@ -63,6 +64,15 @@ std::vector<ConfigurationProblem> KELDataServer::CheckConfigurationFile(const st
          error.Description() +
              (noParameters ? ": there is no section '" + std::string(saved::CommunicationSection) + "'" : "")});
   }
+  for (const auto& group : groups_->NewEnum())
+    for (const auto& item : group->Items().NewEnum()) {
+      const IniFile::Entry* entry = file.Find(saved::GroupSectionPrefix + group->GroupName(), item->ItemName());
+      if (entry == nullptr) continue;
+      if (const std::string difference = CompiledDifference(*item); !difference.empty())
+        problems.push_back({entry->line, errInvalidFileFormat,
+                            std::string(FindDataError(errInvalidFileFormat)->prefix) + "key '" + entry->key +
+                                "': " + difference});
+    }
   if (unchecked > 0)
     problems.push_back({0, errInvalidState,
                         std::string(FindDataError(errInvalidState)->prefix) + "there is no device, so " +
@@ -71,6 +81,24 @@ std::vector<ConfigurationProblem> KELDataServer::CheckConfigurationFile(const st
   std::stable_sort(problems.begin(), problems.end(),
                    [](const auto& left, const auto& right) { return left.line < right.line; });
   return problems;
+}
+
+std::string KELDataServer::CompiledDifference(const KELDataItem& item) const {
+  double address = 0;
+  std::int32_t words = 0;
+  std::int32_t type = 0;
+  const bool compiles =
+      Suppressed([&] { RequireDevice()->CompileItemId(item.ItemId(), address, words, type); });
+  std::string text;
+  const auto compare = [&](const char* what, double saved, double compiled) {
+    if (!compiles || saved == compiled || (std::isnan(saved) && std::isnan(compiled))) return;
+    text += (text.empty() ? "the " : ", the ") + std::string(what) + " is " + ToText(Variant(saved)) +
+            ", but '" + item.ItemId() + "' has " + ToText(Variant(compiled));
+  };
+  compare("type", item.ItemType(), type);
+  compare("word length", item.ItemWordLength(), words);
+  compare("compiled address", item.CompiledAddress(), address);
+  return text;
 }
 
 void KELDataServer::ApplyConfiguration(const IniFile& file, const std::string& FileName,

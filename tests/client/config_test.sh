@@ -33,7 +33,7 @@ differs "save" "the file" expected saved
 go config check line.cfg --panel plant.panel
 prints "what was saved is well" 0 <<<'no problems'
 go read --panel plant.panel --config line.cfg --format csv
-prints "what was saved can be read" 0 <<'END'
+prints "what was saved can be read" 0 "orvo: the driver refused DownloadProject: 53: File not found: line.obj" <<'END'
 group,item,identifier,raw,value,error
 Line,Item_1,WO100,40 9C,-25536,0
 Line,Item_2,WO106,34 12,1234,0
@@ -83,7 +83,8 @@ bad.cfg:6: $invalid bad.cfg, line 6, section 'Communication Parameters', key 'QZ
 bad.cfg:8: $invalid bad.cfg, line 8, section 'Groups', key 'Line': 'maybe'
 bad.cfg:11: error -2147221490: INTERNAL ERROR, please contact support. code-2147221497:Invalid Name: Speed:Name already \
 used: Group Name= LineGroupHandle: 1 / :DataItem.Add(ItemId=WO102,ItemName=Speed
-bad.cfg:12: error -2147221495: Invalid ItemID: XX7: Group Name= LineGroupHandle: 1
+bad.cfg:12: error -2147221495: Invalid ItemID: XX7: Group Name= LineGroupHandle: 1; the driver said: Item identifier 'XX7': the type code \
+'XX' is none of BI, BY, WO, DW, FL, ST, RA; write it like WO100
 bad.cfg:13: $invalid bad.cfg, line 13, section 'Group:Line', key 'Level': 'zero'
 bad.cfg:14: $invalid section 'Group:Lime' is not read: section 'Groups' has no such group
 9 problems
@@ -92,7 +93,7 @@ END
 printf '[Groups]\n' >headless.cfg
 go config check headless.cfg --panel plant.panel
 prints "a problem of the whole file" 4 <<END
-headless.cfg:0: $invalid headless.cfg
+headless.cfg:0: $invalid headless.cfg: there is no section 'Communication Parameters'
 1 problem
 END
 
@@ -101,10 +102,54 @@ fails "no file" 1 "orvo: error 53: File not found: nowhere.cfg"
 go config check bad.cfg --drivers nowhere.ini
 fails "no driver configuration file" 1 "orvo: error 53: File not found: nowhere.ini"
 
+# --- a driver that transfers whole groups
+
+plant whole.panel <<'END'
+set GroupTransfer True
+memory WO256 7
+memory WO258 8
+memory FL260 2.5
+END
+go config save whole.cfg --panel whole.panel WO256 WO258 FL260 --group Press --group-id 1
+prints "each item of a whole group has its place" 0 <<<'saved whole.cfg: groups 1, items 3'
+go watch --panel whole.panel --config whole.cfg --count 1 --rate 50 --format csv
+same "a whole group is watched: exit code" 0 $status
+same "a whole group is watched: values" "WO256,7,0;WO258,8,0;FL260,2.5,0;" \
+  "$(tail -n +2 out | cut -d, -f4- | tr '\n' ';')"
+go config save plain.cfg --panel plant.panel WO256 WO258
+go watch --panel whole.panel --config plain.cfg --count 1
+fails "items without a place are not watched as a whole" 3 "orvo: this driver refreshes whole groups: item 'Item_1' of \
+group 'Group_1' ends at 2, the group's buffer at 0; 'config save' gives each its place"
+sed -i 's/^Item_3=FL260#2#4#/Item_3=FL260#2#2#/' whole.cfg
+go watch --panel whole.panel --config whole.cfg --count 1
+fails "items that lie over each other are not watched" 3 "orvo: this driver refreshes whole groups: item 'Item_3' of \
+group 'Press' lies over 'Item_2' in the group's buffer, at 2; 'config save' gives each its place"
+go read --panel plant.panel --config line.cfg --device-type 1
+fails "another device type than the configuration's" 3 \
+  "orvo: --device-type 1: the configuration 'line.cfg' is for device type 2"
+
+# --- facts that are not those of the device
+
+cat >other.cfg <<'END'
+[Communication Parameters]
+[Groups]
+Line=
+[Group:Line]
+Speed=WO100###2#3145928#0#True#True#
+END
+go config check other.cfg --panel plant.panel
+prints "facts of another item" 4 <<END
+other.cfg:5: $invalid key 'Speed': Signed and BCD are both True; BCD counts
+other.cfg:5: $invalid key 'Speed': the word length is 2, but 'WO100' has 1, the compiled address is 3145928, but 'WO100' has 3145828
+2 problems
+END
+
 # --- a configuration that cannot be loaded is not read from
 
 go read --panel plant.panel --config bad.cfg
-fails "read with a bad configuration" 1 "orvo: error -2147221494: Communication error: Can't set COM port
+fails "read with a bad configuration" 1 "orvo: bad.cfg:3: Invalid file format: key 'Baudrate' is not read: no parameter has this name
+orvo: bad.cfg:14: Invalid file format: section 'Group:Lime' is not read: section 'Groups' has no such group
+orvo: error -2147221494: Communication error: Can't set COM port
 orvo: the driver said: 10: Port 0 is not within 1..255"
 go read --panel plant.panel --config line.cfg --group Lime
 fails "no such group" 1 "orvo: error -2147221497: Invalid Name: Lime"

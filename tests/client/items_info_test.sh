@@ -159,6 +159,6 @@ stderr_has "a baud rate that the panel refuses" "orvo: error -2147221493: Invali
 go info --panel line.panel --set BaudRate=fast
 fails "no number" 3 "orvo: --set BaudRate=fast: Type mismatch"
 go info --panel line.panel --device-type 7
-fails "no such device type" 1 "orvo: error -2147221499: Invalid device type: 7"
+fails "no such device type" 1 "orvo: error -2147221499: Invalid device type: 7: '(the built-in simulated panel)' has 1, 2"
 
 finish

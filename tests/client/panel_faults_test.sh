@@ -43,7 +43,7 @@ value,error
 ,5
 ,5
 END
-reads "a driver that fails" 2 "" 'fault ReadItems fail 3 "line noise"' <<'END'
+reads "a driver that fails" 2 'orvo: the driver refused ReadItems: 3: line noise' 'fault ReadItems fail 3 "line noise"' <<'END'
 value,error
 ,99
 ,99
@@ -69,7 +69,8 @@ raises() {
 
 raises "communication cannot be opened" \
   "-2147221494: Communication error: Can't open communication: no carrier" 'fault OpenCommunication fail 3 "no carrier"'
-raises "no device" "-2147221499: Invalid device type: 2" 'fault CreateDevice refuse'
+raises "no device" "-2147221499: Invalid device type: 2: the driver does not know the kind 'PanelB?fault.panel' that \
+'(the built-in simulated panel)' names" 'fault CreateDevice refuse'
 raises "an item that the device refuses" \
   "-2147221495: Invalid ItemID: WO100: Group Name= readGroupHandle: 1" 'fault WO100 refuse'
 raises "no room in the device" "-2147221495: Invalid ItemID: WO100: Group Name= readGroupHandle: 1" \
@@ -84,11 +85,10 @@ fault ReadItems fail
 END
 go read --panel wrong.panel WO100
 fails "a wrong script" 1 \
-  "orvo: error -2147221490: INTERNAL ERROR, please contact support. code10:The panel script 'wrong.panel' has 3 mistakes:
-line 11: Item identifier 'WO101': the address 101 is odd, it must be even; write it like WO100
-line 12: 'sett' is no statement: seed, answer, set, memory, signal, fault or link
-line 13: the error number is missing; write it like: fault ReadItems fail 3 \"line noise\"
-:Server.DeviceType(NewValue=2"
+  "orvo: error 10: The panel script 'wrong.panel' has 3 mistakes:
+orvo:   line 11: Item identifier 'WO101': the address 101 is odd, it must be even; write it like WO100
+orvo:   line 12: 'sett' is no statement: seed, answer, set, memory, signal, fault or link
+orvo:   line 13: the error number is missing; write it like: fault ReadItems fail 3 \"line noise\""
 go read --panel nowhere.panel WO100
 same "no script: exit code" 1 $status
 same "no script: output" "" "$(cat out)"

@@ -64,7 +64,7 @@ END
 
 plant refuses.panel <<<'fault ReadItems refuse'
 go read --panel refuses.panel WO100
-prints "the driver refuses" 2 <<'END'
+prints "the driver refuses" 2 "orvo: the driver refused ReadItems: 1: The panel is busy and refuses ReadItems" <<'END'
   item    identifier  raw bytes  client value  error
   ------  ----------  ---------  ------------  -----
   Item_1  WO100       -          -             99
@@ -115,7 +115,8 @@ END
 # --- write
 
 go write --panel plant.panel WO100=65535 WO104:signed=-5 WO106:bcd=4711 FL112=1.5 ST0020010=Cherry RA036=01,0a,FF BI102.0=1
-prints "each kind of value" 0 <<'END'
+prints "each kind of value" 0 \
+  "orvo: WO106 was written as the number 4711, not as decimal digits: it reads as 1267" <<'END'
   identifier    written   error
   ------------  --------  -----
   WO100         65535     0
@@ -125,6 +126,16 @@ prints "each kind of value" 0 <<'END'
   ST0020010     "Cherry"  0
   RA036         01 0A FF  0
   BI102.0       1         0
+END
+
+go write --panel plant.panel WO100=0x10 WO106:bcd=0x1234 ST0020010=abcdefghijklm
+prints "what becomes of a value is told" 0 "orvo: WO106 was written as the number 4660, not as decimal digits: it reads as 1234
+orvo: ST0020010: not the whole text was written, it reads as \"abcdefghij\"" <<'END'
+  identifier  written          error
+  ----------  ---------------  -----
+  WO100       16               0
+  WO106 BCD   4660             0
+  ST0020010   "abcdefghijklm"  0
 END
 
 plant once.panel <<<'fault WO100 fail 3 times 1'
@@ -147,7 +158,8 @@ END
 
 plant refuses.panel <<<'fault WriteItems refuse times 1'
 go write --panel refuses.panel WO100=1
-prints "a refused write is not sent again" 2 <<'END'
+prints "a refused write is not sent again" 2 \
+  "orvo: the driver refused WriteItems: 1: The panel is busy and refuses WriteItems" <<'END'
   identifier  written  error
   ----------  -------  -----
   WO100       1        99
@@ -203,7 +215,7 @@ format="orvo: error -2147221489: INVALID FORMAT Invalid format:"
 go write --panel plant.panel WO100=70000
 fails "write: out of range" 1 "$format index=0 (WO100=70000: Overflow)"
 go write --panel plant.panel WO104=1 WO100=fast
-fails "write: no number" 1 "$format index=1 (WO100=fast: Type mismatch)"
+fails "write: no number" 1 "$format index=1 (WO100=fast: this is no number; decimals stand behind a point)"
 go read --panel plant.panel WO100:octal
 fails "read: no such option of an item" 3 "orvo: 'WO100:octal' is no item: an item is ID, ID:signed or ID:bcd"
 go write --panel plant.panel WO100

@@ -53,7 +53,7 @@ expect "pkg-config knows the version" '^[0-9]+\.[0-9]+\.[0-9]+$' "$(PKG_CONFIG_P
 
 output=$(cmake -G Ninja -S driver -B driver/build -DCMAKE_BUILD_TYPE=Debug -DCMAKE_PREFIX_PATH="$prefix" 2>&1 &&
   cmake --build driver/build 2>&1) || fail "the driver: $output"
-expect "the client finds the installed driver" 'SimulatedPanel\.Channel.*built in' "$(orvo drivers)"
+expect "the client finds the installed driver" 'SimulatedPanel\.Channel\.so .*not used: the one that is built in' "$(orvo drivers)"
 expect "the client names the folder of installed drivers" "$lib/orvobusiness/drivers" "$(orvo drivers)"
 export ORVO_DRIVER_PATH=$scratch/driver/build
 expect "the client finds the new driver" 'Sample\.Channel' "$(orvo drivers)"

@@ -26,6 +26,7 @@ constexpr const char* Footer =
     "orvo COMMAND --help shows a command's options and an example.";
 
 constexpr double LongestSeconds = 86400;
+constexpr double LongestRead = 10;  // the server waits no longer
 constexpr double LongestWatch = 366 * LongestSeconds;
 constexpr double LongestRate = 86400000;  // milliseconds
 constexpr double MostEvents = 1e9;
@@ -169,9 +170,11 @@ void CommandTree::HasFormat(CLI::App* command) {
 }
 
 void CommandTree::HasTimeout(CLI::App* command) {
-  command->add_option("--timeout", timeoutSeconds_, "seconds for each read, tries while busy included [10]")
+  command
+      ->add_option("--timeout", timeoutSeconds_,
+                   "seconds for each read, tries while busy included, 10 at most [10]")
       ->type_name("S")
-      ->check(Within(0.05, LongestSeconds));
+      ->check(Within(0.05, LongestRead));
 }
 
 void CommandTree::AddDemo() {
@@ -274,6 +277,7 @@ void CommandTree::AddConfig() {
   HasItems(save, false);
   save->add_option("--group", options_.selection.group, "name of the items' group [Group_1]")
       ->type_name("NAME");
+  save->add_option("--group-id", options_.groupId, "the group's identifier on the device [0]")->type_name("N");
   save->add_option("--rate", options_.rate, "the group's update rate in milliseconds [500]")
       ->type_name("MS")
       ->check(Within(0, LongestRate));

@@ -26,6 +26,7 @@ struct Options {
   Format format = Format::Table;
   std::chrono::milliseconds timeout{10000};
   std::optional<std::int32_t> rate;  // milliseconds
+  std::int32_t groupId = 0;
   std::optional<std::chrono::milliseconds> duration;
   std::optional<std::int64_t> count;
   std::string errorNumber;

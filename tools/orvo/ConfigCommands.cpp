@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "ExitCode.h"
+#include "GroupLayout.h"
 #include "Values.h"
 #include "errors/modIDataErrors.h"
 #include "server/ConfigurationProblem.h"
@@ -43,6 +44,8 @@ int RunConfigSave(Session& session, const Options& options) {
     const std::string& name = options.selection.group;
     const auto group = session.AddItems(name.empty() ? "Group_1" : name, items);
     group->PutUpdateRate(options.rate.value_or(DefaultRate));
+    group->SetGroupId(options.groupId);
+    if (session.server->TransfersWholeGroups()) LayOut(*group);
   }
   session.server->SaveConfigurationToFile(options.file);
   std::int32_t items = 0;

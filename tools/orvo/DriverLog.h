@@ -31,7 +31,10 @@ class DriverLog {
     const auto found = failures_.find(operation);
     return found == failures_.end() ? std::nullopt : std::optional(found->second);
   }
+  // The latest failure of any operation since ForgetLatest.
   const std::optional<AutomationError>& Latest() const noexcept { return latest_; }
+  // A step that begins or is over: what failed in it so far is not why a later one fails.
+  void ForgetLatest() { latest_.reset(); }
   void Forget() {
     latest_.reset();
     failures_.clear();

@@ -49,7 +49,8 @@ std::string SignText(const KELDataItem& item, const ClientValueSteps& steps) {
 
 std::string BCDText(const KELDataItem& item, const ClientValueSteps& steps) {
   if (!item.BCD()) return "the item is not BCD: the number stays as it is";
-  if (!steps.fromBCD.IsEmpty()) return ValueText(steps.fromBCD) + ": the number of the decimal digits";
+  if (!steps.fromBCD.IsEmpty())
+    return ValueText(steps.fromBCD) + ": decoded as decimal digits, each place rounded";
   return "left out: the number had its highest bit set";
 }
 
@@ -97,7 +98,9 @@ int RunExplain(Session& session, const Options& options) {
   table.Add(
       {"length", std::to_string(item.ItemWordLength()) + (item.ItemWordLength() == 1 ? " word" : " words")});
   table.Add({"compiled address", ValueText(item.CompiledAddress())});
-  table.Add({"offset in the group's buffer", std::to_string(item.ItemGroupBufferOffset()) + " bytes"});
+  table.Add({"offset in the group's buffer", subject.group->CompiledBuffer().IsEmpty()
+                                                 ? "none: the group has no buffer"
+                                                 : std::to_string(item.ItemGroupBufferOffset()) + " bytes"});
   const std::int32_t error = result.errors.View()[position];
   table.Add({"bytes as delivered", ValueText(result.Delivered(position))});
   if (error == 0) {

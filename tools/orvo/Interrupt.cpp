@@ -15,9 +15,6 @@ static_assert(std::atomic<int>::is_always_lock_free);
 
 extern "C" void NoteSignal(int signal) {
   caughtSignal = signal;
-#ifdef SIGPIPE
-  if (signal == SIGPIPE) return;  // each later write fails by itself
-#endif
   static_cast<void>(std::signal(signal, SIG_DFL));
 }
 
@@ -38,7 +35,8 @@ void Interrupt::Install() {
   Handle(SIGBREAK);
 #endif
 #ifdef SIGPIPE
-  static_cast<void>(std::signal(SIGPIPE, NoteSignal));
+  // A driver's connection breaks with it, too. Who writes finds out by himself.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
 #endif
 }
 
@@ -47,9 +45,6 @@ bool Interrupt::Requested() noexcept {
 }
 
 int Interrupt::ExitCode() noexcept {
-#ifdef SIGPIPE
-  if (caughtSignal == SIGPIPE) return Success;
-#endif
 #ifdef SIGHUP
   if (caughtSignal == SIGHUP) return HungUp;
 #endif

@@ -1,5 +1,5 @@
-// The wish of the outside that the client ends: Ctrl-C, SIGTERM, a terminal or a reader of the output that has
-// gone.
+// The wish of the outside that the client ends: Ctrl-C, SIGTERM, a terminal that has gone. A reader of the
+// output that has gone is no signal: the output's state tells it.
 //
 // A signal only leaves a note; Session polls it, also while a synchronous call waits, and closes communication.
 // The second Ctrl-C or SIGTERM ends the process at once: a driver that does not come back is left that way.
@@ -15,7 +15,7 @@ class Interrupt {
   // Has the signals noted from now on.
   static void Install();
   static bool Requested() noexcept;
-  // Interrupted, Terminated or HungUp; Success when the reader of the output wanted no more of it.
+  // Interrupted, Terminated or HungUp.
   static int ExitCode() noexcept;
   // Throws EndRequested when the client is to end.
   static void Check();

@@ -16,6 +16,8 @@ constexpr std::uint32_t ShortestPause = 50;  // ms between two drawings
 constexpr std::uint32_t LongestPause = 1000;
 constexpr const char* HideCursor = "\x1b[?25l";
 constexpr const char* ShowCursor = "\x1b[?25h";
+constexpr const char* CutLines = "\x1b[?7l";
+constexpr const char* WrapLines = "\x1b[?7h";
 
 }  // namespace
 
@@ -50,6 +52,14 @@ void LiveTable::Refreshed(const KELDataGroup& /*group*/, const std::vector<Chang
 void LiveTable::Poll() {
   const std::uint32_t since = platform_.TickCount() - drawnAt_;
   if (since >= LongestPause || (changed_ && since >= ShortestPause)) Draw();
+}
+
+void LiveTable::Silent(const KELDataGroup& group, const std::string& since) {
+  if (since.empty())
+    silent_.erase(&group);
+  else
+    silent_.insert_or_assign(&group, since);
+  changed_ = true;
 }
 
 void LiveTable::Say(const std::string& line) {
@@ -97,6 +107,14 @@ std::vector<std::string> LiveTable::Lines(std::size_t room) const {
   return lines;
 }
 
+std::string LiveTable::SilenceText() const {
+  std::string text;
+  for (const auto& group : groups_)
+    if (const auto found = silent_.find(group.get()); found != silent_.end())
+      text += (text.empty() ? "  silent since " : ", ") + found->second + ": " + Shown(group->GroupName());
+  return text;
+}
+
 void LiveTable::Erase() {
   if (linesDrawn_ > 0) out_ << "\r\x1b[" << linesDrawn_ << "A\x1b[J";
   linesDrawn_ = 0;
@@ -105,15 +123,18 @@ void LiveTable::Erase() {
 void LiveTable::Draw() {
   const TerminalSize size = OutputSize();
 
-  // Below the table: the counts, and the line that the cursor stands in.
-  constexpr std::size_t below = 2;
+  // Below the table: the silent groups, the counts, and the line that the cursor stands in.
+  const std::string silence = SilenceText();
+  const std::size_t below = silence.empty() ? 2 : 3;
   const std::size_t room = size.rows > below ? size.rows - below : 1;
   std::vector<std::string> lines = Lines(room);
+  if (!silence.empty()) lines.push_back(silence);
   lines.push_back(ElapsedText(platform_, start_) + "  " + CountsText(counts_));
   Erase();
+  out_ << CutLines;
   for (const std::string& line : lines)
     out_ << LeftUnits(line, static_cast<std::int64_t>(size.columns) - 1) << '\n';
-  out_ << std::flush;
+  out_ << WrapLines << std::flush;
   linesDrawn_ = lines.size();
   drawnAt_ = platform_.TickCount();
   changed_ = false;

@@ -1,7 +1,7 @@
 // A table of all watched items that is drawn over itself on a terminal, at most twenty times a second.
 //
 // It takes no more than the terminal's height and width, and says how many rows do not fit. The cursor is
-// hidden while it lives.
+// hidden while it lives. The terminal cuts what is too long: characters may be two columns wide.
 #pragma once
 
 #include "WatchView.h"
@@ -27,6 +27,8 @@ class LiveTable final : public WatchView {
   void Refreshed(const KELDataGroup& group, const std::vector<Change>& changes,
                  const WatchCounts& counts) override;
   void Poll() override;
+  // A line below the table names the silent groups.
+  void Silent(const KELDataGroup& group, const std::string& since) override;
   // Above the table.
   void Say(const std::string& line) override;
   void End(const WatchCounts& counts) override;
@@ -40,6 +42,7 @@ class LiveTable final : public WatchView {
   };
 
   std::vector<std::string> Lines(std::size_t room) const;
+  std::string SilenceText() const;
   void Erase();
   void Draw();
 
@@ -49,6 +52,7 @@ class LiveTable final : public WatchView {
   const std::uint32_t start_;
 
   std::map<const KELDataItem*, Row> rows_;
+  std::map<const KELDataGroup*, std::string> silent_;  // since when
   WatchCounts counts_;
   std::uint32_t drawnAt_;
   bool changed_ = true;

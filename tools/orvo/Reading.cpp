@@ -29,10 +29,16 @@ class WaitLimit {
 // Takes the values of synchronous reads before the items convert them.
 class Reader::Sink final : public SpoolerEvents {
  public:
+  const RequestGroup* group = nullptr;  // of the read that is under way
   SafeArray<Variant> delivered;
+  bool strayed = false;  // a completion was another read's
 
   void ReadRequestComplete(const std::shared_ptr<DataRequest>& RRequest) override {
-    if (IsSynchronous(RRequest->RequestType())) delivered = RRequest->DATAValues();
+    if (!IsSynchronous(RRequest->RequestType())) return;
+    if (RRequest->ReqGroup().get() == group)
+      delivered = RRequest->DATAValues();
+    else
+      strayed = true;
   }
   void ReadRatedRequestComplete(const std::shared_ptr<DataRequest>& /*RRequest*/) override {}
   void WriteRequestComplete(const std::shared_ptr<DataRequest>& /*WRequest*/) override {}
@@ -69,7 +75,9 @@ ReadResult Reader::Read(KELDataGroup& group, std::chrono::milliseconds limit) {
   ReadResult result;
   result.handles = group.Items().AllHandles();
   for (;;) {
+    sink_->group = &group;
     sink_->delivered = {};
+    sink_->strayed = false;
     const std::uint64_t sent = session_.Log().Sent();
     {
       const WaitLimit waiting(session_, std::max(left(), MinimumTimerPeriod));
@@ -77,7 +85,9 @@ ReadResult Reader::Read(KELDataGroup& group, std::chrono::milliseconds limit) {
     }
     Interrupt::Check();
     result.delivered = sink_->delivered;
-    const bool refused = session_.Log().Sent() == sent && !result.errors.IsEmpty() &&
+    // A completion of an earlier read ends the wait, too; what this one's brings is asked for again.
+    const bool unanswered = session_.Log().Sent() == sent || (sink_->strayed && sink_->delivered.IsEmpty());
+    const bool refused = unanswered && !result.errors.IsEmpty() &&
                          std::all_of(result.errors.View().begin(), result.errors.View().end(),
                                      [](std::int32_t error) { return error == RequestFailed; });
     if (!refused || left() <= pause) return result;

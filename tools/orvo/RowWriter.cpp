@@ -5,6 +5,8 @@
 #include "values/Text.h"
 #include "values/VariantConversion.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <nlohmann/json.hpp>
@@ -42,10 +44,27 @@ class TableWriter final : public RowWriter {
   Table table_;
 };
 
+template <class Number>
+std::string ShortestText(Number number) {
+  constexpr std::size_t longest = 32;
+  std::array<char, longest> text{};
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
+}
+
+// The shortest text that reads back to the very number; a single as one. A finite R4 or R8 only.
+std::string ExactText(const Variant& value) {
+  return value.Is(VariantKind::R4) ? ShortestText(ToR4(value)) : ShortestText(ToR8(value));
+}
+
+bool IsFiniteFloat(const Variant& value) {
+  return (value.Is(VariantKind::R4) || value.Is(VariantKind::R8)) && std::isfinite(ToR8(value));
+}
+
 std::string CsvText(const Variant& value) {
   if (value.IsEmpty() || value.IsNull()) return "";
   if (value.IsByteArray()) return Hexadecimal(value.Bytes());
   if (value.Is(VariantKind::Boolean)) return ToBoolean(value) ? "true" : "false";
+  if (IsFiniteFloat(value)) return ExactText(value);
   return value.IsArray() ? ValueText(value) : ToText(value);
 }
 
@@ -108,10 +127,11 @@ Json JsonOf(const Variant& value) {
       return ToI8(value);
     case VariantKind::R4:
     case VariantKind::R8: {
-      // By the text: a single has as many digits as it is exact, not those of its double.
-      const std::optional<double> number = ParseDecimal(ToText(value));
+      if (!IsFiniteFloat(value)) return ToText(value);
+      // By the text: a single has the digits that tell it from other singles, not those of its double.
+      const std::optional<double> number = ParseDecimal(ExactText(value));
       constexpr double exact = 9007199254740992.0;  // 2^53
-      if (!number.has_value() || !std::isfinite(*number)) return ToText(value);
+      if (!number) return ToText(value);
       if (std::abs(*number) < exact && *number == std::floor(*number))
         return static_cast<std::int64_t>(*number);
       return *number;

@@ -80,7 +80,11 @@ void Session::Configure(const Connection& connection) {
   } else {
     hasConfiguration_ = true;
     LoadConfiguration(connection, deviceType);
-    if (connection.deviceType && server->DeviceType() != deviceType) PutDeviceType(deviceType);
+    // The items are compiled for the device type of the load.
+    if (connection.deviceType && server->DeviceType() != deviceType)
+      throw UsageError("--device-type " + std::to_string(deviceType) + ": the configuration '" +
+                       connection.configurationFile + "' is for device type " +
+                       std::to_string(server->DeviceType()));
   }
   for (const std::string& setting : connection.settings)
     Setting::Parse(setting).Apply(*server);
@@ -118,6 +122,7 @@ void Session::Open() {
 
   if (const auto failure = log_->Failure("OpenCommunication"))
     RaiseDataError(errCommunication, "Can't open communication: " + failure->Description());
+  log_->ForgetLatest();
 }
 
 void Session::Close() {
@@ -126,7 +131,16 @@ void Session::Close() {
 
 std::shared_ptr<KELDataGroup> Session::AddItems(const std::string& groupName,
                                                 const std::vector<ItemArgument>& items) {
-  std::shared_ptr<KELDataGroup> group = server->KELDataGroups()->Add(groupName);
+  // A configuration may have a group of this name.
+  const auto groups = server->KELDataGroups()->NewEnum();
+  std::string free = groupName;
+  for (int k = 2;
+       std::any_of(groups.begin(), groups.end(),
+                   [&free](const auto& group) { return FoldCase(group->GroupName()) == FoldCase(free); });
+       ++k)
+    free = groupName + std::to_string(k);
+  std::shared_ptr<KELDataGroup> group = server->KELDataGroups()->Add(free);
+  log_->ForgetLatest();
   for (const ItemArgument& argument : items) {
     const std::shared_ptr<KELDataItem> item =
         argument.name.empty() ? group->KELDataItems()->Add(argument.id)
@@ -139,6 +153,7 @@ std::shared_ptr<KELDataGroup> Session::AddItems(const std::string& groupName,
 
 std::vector<std::shared_ptr<KELDataGroup>> Session::Select(const Selection& selection,
                                                            const std::string& groupName) {
+  log_->ForgetLatest();
   if (!selection.items.empty()) {
     std::vector<ItemArgument> items;
     for (const std::string& text : selection.items)

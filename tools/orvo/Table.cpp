@@ -1,9 +1,11 @@
 #include "Table.h"
 
+#include "Values.h"
 #include "values/Text.h"
 
 #include <algorithm>
 #include <ostream>
+#include <utility>
 
 namespace orvo::client {
 
@@ -14,6 +16,12 @@ std::string Padded(const std::string& text, std::size_t width) {
 }
 
 }  // namespace
+
+void Table::Add(std::vector<std::string> row) {
+  for (std::string& text : row)
+    text = Shown(text);
+  rows_.push_back(std::move(row));
+}
 
 std::vector<std::string> Table::Lines() const {
   std::vector<std::size_t> widths(rows_.front().size());

@@ -11,8 +11,8 @@ namespace orvo::client {
 class Table {
  public:
   explicit Table(std::vector<std::string> header) : rows_{std::move(header)} {}
-  // As many texts as the header has.
-  void Add(std::vector<std::string> row) { rows_.push_back(std::move(row)); }
+  // As many texts as the header has; control characters in them are escaped (Shown).
+  void Add(std::vector<std::string> row);
   void Print(std::ostream& out) const;
   // The lines without their ends: two of the header, then one for each row.
   std::vector<std::string> Lines() const;

@@ -8,6 +8,7 @@
 #include <iomanip>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace orvo::client {
 
@@ -20,23 +21,42 @@ void AppendByte(std::string& text, std::uint8_t byte) {
   text += Digits[byte & 15];
 }
 
-std::string Quoted(std::string_view text) {
+bool IsControl(unsigned char code) {
   constexpr unsigned char blank = 0x20;
   constexpr unsigned char deletion = 0x7F;
-  std::string quoted = "\"";
-  for (const char character : text) {
-    const auto code = static_cast<unsigned char>(character);
-    if (code < blank || code == deletion) {
-      quoted += "\\x";
-      AppendByte(quoted, code);
-    } else {
-      quoted += character;
-    }
-  }
-  return quoted + '"';
+  constexpr unsigned char lastC1 = 0x9F;
+  return code < blank || (code >= deletion && code <= lastC1);
 }
 
 }  // namespace
+
+std::string Shown(std::string_view text) {
+  constexpr unsigned char leadOfC1 = 0xC2;  // U+0080..U+009F are C2 80..C2 9F
+  constexpr unsigned char firstC1 = 0x80;
+  constexpr unsigned char firstLead = 0xC0;
+  std::string shown;
+  const auto append = [&](unsigned char code) {
+    shown += "\\x";
+    AppendByte(shown, code);
+  };
+  for (std::size_t k = 0; k < text.size(); ++k) {
+    const auto code = static_cast<unsigned char>(text[k]);
+    const auto next = static_cast<unsigned char>(k + 1 < text.size() ? text[k + 1] : 0);
+    // A byte of this range that continues nothing is a control character to a terminal without UTF-8.
+    const bool continues = code >= firstC1 && k > 0 && static_cast<unsigned char>(text[k - 1]) >= firstC1;
+    if (code == leadOfC1 && next >= firstC1 && IsControl(next)) {
+      append(next);
+      ++k;
+    } else if (IsControl(code) && !continues) {
+      append(code);
+    } else if (code >= firstLead && next < firstC1) {
+      append(code);
+    } else {
+      shown += text[k];
+    }
+  }
+  return shown;
+}
 
 std::string Hexadecimal(std::span<const std::uint8_t> bytes) {
   std::string text;
@@ -57,19 +77,26 @@ std::string Hexadecimal(std::uint32_t number) {
 std::string ValueText(const Variant& value) {
   if (value.IsEmpty()) return "-";
   if (value.IsByteArray()) return Hexadecimal(value.Bytes());
-  if (value.Is(VariantKind::String)) return Quoted(value.Text());
+  if (value.Is(VariantKind::String)) return '"' + Shown(value.Text()) + '"';
   if (value.IsArray()) return "(array)";
   return ToText(value);
 }
 
-std::string WithoutCarriageReturns(std::string text) {
-  std::erase(text, '\r');
-  return text;
+std::string WithoutCarriageReturns(std::string_view text) {
+  std::string lines;
+  std::string line;
+  for (const char character : text) {
+    if (character == '\n')
+      lines += Shown(std::exchange(line, {})) + '\n';
+    else if (character != '\r')
+      line += character;
+  }
+  return lines + Shown(line);
 }
 
 std::string OneLine(std::string_view text) {
   std::string line;
-  for (const char character : WithoutCarriageReturns(std::string(text)))
+  for (const char character : WithoutCarriageReturns(text))
     character == '\n' ? line.append(" / ") : line.append(1, character);
   return line;
 }

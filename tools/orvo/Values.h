@@ -14,13 +14,16 @@ namespace orvo::client {
 std::string Hexadecimal(std::span<const std::uint8_t> bytes);
 // "0x80040009"
 std::string Hexadecimal(std::uint32_t number);
-// A client value: numbers as they are, texts in quotation marks, control characters in them as \x0A, bytes in
-// hexadecimal, "-" for Empty.
+// A text of a device, a driver or a file as it may reach a terminal: control characters (below U+0020, U+007F
+// to U+009F) and bytes that are no UTF-8 and could be taken for them are \x0A. A text that went through it
+// stays.
+std::string Shown(std::string_view text);
+// A client value: numbers as they are, texts Shown in quotation marks, bytes in hexadecimal, "-" for Empty.
 std::string ValueText(const Variant& value);
-// The text with " / " in place of its line ends, CR LF or LF.
+// The text, Shown, with " / " in place of its line ends, CR LF or LF.
 std::string OneLine(std::string_view text);
-// The text with LF line ends.
-std::string WithoutCarriageReturns(std::string text);
+// The lines of the text, each Shown, with LF line ends.
+std::string WithoutCarriageReturns(std::string_view text);
 // Local time with milliseconds, "2026-11-21 12:00:03.250".
 std::string TimeText(Date time);
 

@@ -2,6 +2,7 @@
 
 #include "Commands.h"
 #include "ExitCode.h"
+#include "GroupLayout.h"
 #include "Interrupt.h"
 #include "Watcher.h"
 
@@ -15,6 +16,11 @@ int RunWatch(Session& session, const Options& options) {
     throw UsageError(
         "this driver refreshes whole groups, in which items of the command line have no place: watch a "
         "group of a configuration (--config FILE), or read the items");
+  if (session.server->TransfersWholeGroups())
+    for (const auto& group : groups)
+      if (const auto mistake = LayoutMistake(*group))
+        throw UsageError("this driver refreshes whole groups: " + *mistake +
+                         "; 'config save' gives each its place");
   // A group that is new, or was saved without a rate, would be refreshed as fast as the timers allow.
   if (!options.rate)
     for (const auto& group : groups)

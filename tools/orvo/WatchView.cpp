@@ -53,9 +53,9 @@ class LinesView final : public WatchView {
                  const WatchCounts& /*counts*/) override {
     if (changes.empty()) return;
     out_ << ElapsedText(platform_, start_);
-    if (grouped_) out_ << "  " << group.GroupName() << ':';
+    if (grouped_) out_ << "  " << Shown(group.GroupName()) << ':';
     for (const Change& change : changes) {
-      out_ << "  " << change.item->ItemId() << '=';
+      out_ << "  " << Shown(change.item->ItemId()) << '=';
       if (change.error != 0)
         out_ << "error " << change.error;
       else
@@ -75,7 +75,7 @@ class LinesView final : public WatchView {
 }  // namespace
 
 void WatchView::Say(const std::string& line) {
-  std::cerr << line << std::endl;
+  std::cerr << Shown(line) << std::endl;
 }
 
 std::unique_ptr<WatchView> MakeRowsView(const ThreadPlatform& platform, Format format, std::ostream& out) {

@@ -23,7 +23,7 @@ struct Change {
 // How much a watch has seen.
 struct WatchCounts {
   std::int64_t events = 0;  // DataChange events
-  std::int64_t values = 0;  // changed values in them
+  std::int64_t values = 0;  // values and errors that were shown as changed
 };
 
 class WatchView {
@@ -38,6 +38,8 @@ class WatchView {
                          const WatchCounts& counts) = 0;
   // Comes after each pass of the message loop.
   virtual void Poll() {}
+  // The group has not answered since that time, "12:00:03"; empty: it answers again. Say tells it, too.
+  virtual void Silent(const KELDataGroup& /*group*/, const std::string& /*since*/) {}
   // A line for the error output.
   virtual void Say(const std::string& line);
   // The watch is over. Not called when it ends with a failure.

@@ -88,6 +88,7 @@ void Watcher::Run(std::optional<std::chrono::milliseconds> duration, std::option
         session_.platform.RunUntil(done, std::min<std::chrono::milliseconds>(limit, turn)))
       break;
   }
+  if (!Interrupt::Requested() && std::cout.good()) LookForMuteness();
   session_.Close();
 }
 
@@ -105,7 +106,6 @@ bool Watcher::AnyError() const {
 void Watcher::DataChanged(std::size_t index, const SafeArray<std::int32_t>& handles,
                           const SafeArray<Variant>& values) {
   ++counts_.events;
-  counts_.values += static_cast<std::int64_t>(handles.Size());
   for (std::size_t k = 0; k < handles.Size(); ++k)
     watched_[index].changed.insert_or_assign(handles.View()[k], values.View()[k]);
 }
@@ -117,8 +117,11 @@ void Watcher::Refreshed(const DataRequest& request) {
   });
   if (found == watched_.end()) return;
   Watched& watched = *found;
-  if (std::exchange(watched.silent, false))
+  watched.answered = true;
+  if (std::exchange(watched.silent, false)) {
+    view_.Silent(*watched.group, "");
     view_.Say("orvo: group '" + watched.group->GroupName() + "' answers again");
+  }
   watched.answeredTick = session_.platform.TickCount();
   watched.answeredAt = session_.platform.LocalNow();
 
@@ -140,6 +143,7 @@ void Watcher::Refreshed(const DataRequest& request) {
     if (error == 0) change.value = value != changed.end() ? value->second : change.item->USERValue();
     changes.push_back(std::move(change));
   }
+  counts_.values += static_cast<std::int64_t>(changes.size());
   view_.Refreshed(*watched.group, changes, counts_);
 }
 
@@ -153,13 +157,29 @@ std::uint32_t Watcher::Patience(const KELDataGroup& group) {
 void Watcher::LookForSilence() {
   for (Watched& watched : watched_) {
     const std::uint32_t since = session_.platform.TickCount() - watched.answeredTick;
-    if (watched.silent || since <= Patience(*watched.group)) continue;
-    watched.silent = true;
-    constexpr std::size_t timeFrom = 11;
-    constexpr std::size_t timeLength = 8;
-    view_.Say("orvo: group '" + watched.group->GroupName() + "' is silent: no answer since " +
-              TimeText(watched.answeredAt).substr(timeFrom, timeLength) + " (" + SecondsText(since) + ")");
+    if (!watched.silent && since > Patience(*watched.group)) TellSilent(watched);
   }
+}
+
+// A watch may be too short for Patience; that nothing was seen is told all the same.
+void Watcher::LookForMuteness() {
+  const bool anyAnswered =
+      std::any_of(watched_.begin(), watched_.end(), [](const Watched& watched) { return watched.answered; });
+  for (Watched& watched : watched_) {
+    const std::uint32_t since = session_.platform.TickCount() - watched.answeredTick;
+    const bool wasDue = since >= static_cast<std::uint32_t>(watched.group->UpdateRate());
+    if (!watched.answered && !watched.silent && (wasDue || !anyAnswered)) TellSilent(watched);
+  }
+}
+
+void Watcher::TellSilent(Watched& watched) {
+  watched.silent = true;
+  constexpr std::size_t timeFrom = 11;
+  constexpr std::size_t timeLength = 8;
+  const std::string since = TimeText(watched.answeredAt).substr(timeFrom, timeLength);
+  view_.Silent(*watched.group, since);
+  view_.Say("orvo: group '" + watched.group->GroupName() + "' is silent: no answer since " + since + " (" +
+            SecondsText(session_.platform.TickCount() - watched.answeredTick) + ")");
 }
 
 }  // namespace orvo::client

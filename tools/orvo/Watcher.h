@@ -32,6 +32,7 @@ class Watcher {
   void Run(std::optional<std::chrono::milliseconds> duration, std::optional<std::int64_t> count);
 
   const WatchCounts& Counts() const noexcept { return counts_; }
+  // Whether a group has not answered for long, or a refresh that was due never brought an answer.
   bool AnySilent() const;
   // Whether an item's latest refresh brought an error.
   bool AnyError() const;
@@ -47,11 +48,14 @@ class Watcher {
     std::uint32_t answeredTick = 0;
     Date answeredAt;
     bool silent = false;
+    bool answered = false;  // ever
   };
 
   void DataChanged(std::size_t index, const SafeArray<std::int32_t>& handles, const SafeArray<Variant>& values);
   void Refreshed(const DataRequest& request);
   void LookForSilence();
+  void LookForMuteness();
+  void TellSilent(Watched& watched);
   static std::uint32_t Patience(const KELDataGroup& group);
 
   Session& session_;

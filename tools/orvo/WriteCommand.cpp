@@ -6,11 +6,11 @@
 #include "Values.h"
 #include "errors/modConstant.h"
 #include "errors/modIDataErrors.h"
-#include "values/Text.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <iostream>
+#include <string_view>
 
 namespace orvo::client {
 
@@ -37,13 +37,18 @@ namespace {
   throw AutomationError(error);
 }
 
+// A string item is filled with blanks.
+std::string_view WithoutTrailingBlanks(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
 // What was written is not always what was asked for.
 void TellWhatBecame(KELDataItem& item, const Variant& asked) {
   const Variant now = item.USERValue();
-  if (item.ItemType() == ItemTypeString && asked.Is(VariantKind::String) &&
-      Utf16Length(asked.Text()) > static_cast<std::size_t>(item.DataSize()))
-    std::cerr << "orvo: " << item.ItemId() << " has room for " << item.DataSize()
-              << " characters: the text was cut\n";
+  const bool isText = asked.Is(VariantKind::String) && now.Is(VariantKind::String);
+  if (isText && WithoutTrailingBlanks(now.Text()) != WithoutTrailingBlanks(asked.Text()))
+    std::cerr << "orvo: " << item.ItemId() << ": not the whole text was written, it reads as " << ValueText(now)
+              << '\n';
   else if (item.BCD() && ValueText(now) != ValueText(asked))
     std::cerr << "orvo: " << item.ItemId() << " was written as the number " << ValueText(asked)
               << ", not as decimal digits: it reads as " << ValueText(now) << '\n';

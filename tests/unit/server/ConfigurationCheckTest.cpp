@@ -103,6 +103,22 @@ TEST_F(ConfigurationCheck, WhatNothingReadsIsTold) {
   EXPECT_EQ(Server().BaudRate(), 9600);
 }
 
+TEST_F(ConfigurationCheck, FactsThatAreNotThoseOfTheDeviceAreToldAndTakenAllTheSame) {
+  EXPECT_EQ(Check("[Communication Parameters]\n[Groups]\nLine=\n[Group:Line]\n"
+                  "Speed=WO100\nTorque=WO102#2##3#77#\n"),
+            "6 errInvalidFileFormat Invalid file format: key 'Torque': the type is 2, but 'WO102' has 0, the "
+            "word length "
+            "is 3, but 'WO102' has 1, the compiled address is 77, but 'WO102' has 2\n");
+  EXPECT_EQ(Item("Line", "Torque")->CompiledAddress(), 77);
+}
+
+TEST_F(ConfigurationCheck, AnItemThatIsBothSignedAndBCDIsTold) {
+  EXPECT_EQ(
+      Check("[Communication Parameters]\n[Groups]\nLine=\n[Group:Line]\nSpeed=WO100######True#True#\n"),
+      "5 errInvalidFileFormat Invalid file format: key 'Speed': Signed and BCD are both True; BCD counts\n");
+  EXPECT_TRUE(Item("Line", "Speed")->BCD());
+}
+
 TEST_F(ConfigurationCheck, AFileWithoutParametersIsAProblemOfTheWholeFile) {
   EXPECT_EQ(
       Check("[Groups]\nLine=False#False#500#0#\n"),
