@@ -66,9 +66,11 @@ foreach(page ${manual_pages})
   install(FILES ${PROJECT_BINARY_DIR}/man/${name} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endforeach()
 file(GLOB documents CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
-install(FILES ${documents} ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvobusiness)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/driver ${PROJECT_SOURCE_DIR}/samples/cpp-linux
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orvobusiness/examples)
+# Laid out as in the tree, so that the pages find each other.
+set(pages ${CMAKE_INSTALL_DATADIR}/doc/orvobusiness)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${pages})
+install(FILES ${documents} DESTINATION ${pages}/docs)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/samples/driver ${PROJECT_SOURCE_DIR}/samples/cpp-linux DESTINATION ${pages}/samples)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME orvobusiness)

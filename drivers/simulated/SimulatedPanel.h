@@ -57,8 +57,8 @@ class SimulatedPanel : public CommunicationDriver, public std::enable_shared_fro
 
   // --- The control face: what stands beside the line. None of it counts as a call of an operation.
 
-  // Options may be changed at any time, and applying a script takes the changes back; a change of signals has no
-  // effect.
+  // Options may be changed at any time, and applying a script takes the changes back; a change of signals has
+  // no effect.
   PanelOptions& Options() noexcept { return options_; }
   PanelFaults& Faults() noexcept { return *faults_; }
   // The memory as it stands after the last answer (signals move at answers only).

@@ -62,6 +62,10 @@ expect "the driver passes the test kit" '[1-9][0-9]* passed, 0 failed' "$(cat ki
 expect "the client reads through the new driver" '"value":0,"error":0' \
   "$(cd driver && orvo read WO0 --drivers drivers.ini --device-type 1 --format json 2>&1 | tr -d ' \n')"
 
+for link in $(grep -oE '\]\((docs|samples)/[a-z./-]+\)' "$prefix/share/doc/orvobusiness/README.md" | tr -d '()]'); do
+  [ -e "$prefix/share/doc/orvobusiness/$link" ] || fail "the README's link to $link leads nowhere"
+done
+
 [ -f "$prefix/share/bash-completion/completions/orvo" ] || fail "no completion for bash"
 [ -f "$prefix/share/zsh/vendor-completions/_orvo" ] || fail "no completion for zsh"
 [ -f "$prefix/share/fish/vendor_completions.d/orvo.fish" ] || fail "no completion for fish"
