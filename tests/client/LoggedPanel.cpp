@@ -1,13 +1,14 @@
 // The simulated panel as a driver library that tells what is called: Logged.Panel.so. One line for each call
 // goes to the file (or pipe) that the environment variable ORVO_LOGGED_PANEL names. Everything else is as the
 // panel has it, but a download of a file whose name begins with "slow": it stands at 40 % until communication
-// is closed, and breaks off then, or after ten seconds. A test sees with it what reaches a device, in which
-// order, and when.
+// is closed, and breaks off then, or after ten seconds; and with ORVO_BROKEN_LINE each write raises SIGPIPE. A
+// test sees with it what reaches a device, in which order, and when.
 #include "errors/AutomationError.h"
 #include "simulated/SimulatedPanel.h"
 #include "spooler/DriverLibrary.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -45,6 +46,8 @@ class LoggedPanel final : public SimulatedPanel {
   void WriteItems(const SafeArray<double>& CompiledAddresses, const SafeArray<std::int16_t>& Dimensions,
                   const SafeArray<Variant>& DATAValues) override {
     Log("WriteItems");
+    // What a connection that broke does to the process.
+    if (std::getenv("ORVO_BROKEN_LINE") != nullptr) static_cast<void>(std::raise(SIGPIPE));
     SimulatedPanel::WriteItems(CompiledAddresses, Dimensions, DATAValues);
   }
   void DownloadFirmware(const std::string& FileName, std::int32_t Flag) override {

@@ -57,6 +57,20 @@ check "a write waits" called WriteItems
 ends_by_signal "a waiting write" INT 130 \
   "orvo: the outcome of a write with error 1 is unknown: read the items back before you write again"
 
+# --- a driver whose line breaks
+
+plant logged.panel </dev/null
+start env ORVO_BROKEN_LINE=yes "${client[@]}" write --drivers logged.ini --format csv WO100=1
+check "a broken line: the write is answered" await 10 '^WO100,1,0$'
+await_end 10
+same "a broken line: exit code" 0 $status
+plant logged.panel <<<'fault WriteItems fail 3 "line noise"'
+start env ORVO_BROKEN_LINE=yes "${client[@]}" write --drivers logged.ini --format csv WO100=1
+check "a broken line: the write's error is shown" await 10 '^WO100,1,99$'
+await_end 10
+same "a broken line: exit code of the error" 2 $status
+while IFS= read -r -t 0.1 -u 9 _; do :; done
+
 # --- watch
 
 plant logged.panel <<<'signal DW120 counter 1 to 1000000 every 20 ms'

@@ -3,7 +3,9 @@
 # and wrapped, how many rows scrolled away, how often the screen was drawn over (movements upward), and each escape
 # sequence that this terminal does not know.
 function put(character) {
-  if (column > columns) {
+  if (column > columns && cut) {
+    column = columns
+  } else if (column > columns) {
     wrapped++
     column = 1
     down()
@@ -31,6 +33,8 @@ function obey(sequence,   number, letter, r) {
   number = substr(sequence, 1, length(sequence) - 1)
   if (sequence == "?25l" || sequence == "?25h") {
     hidden = letter == "l"
+  } else if (sequence == "?7l" || sequence == "?7h") {
+    cut = letter == "l"
   } else if (number !~ /^[0-9]*$/) {
     unknown[sequence]
   } else if (letter == "A") {
@@ -72,6 +76,7 @@ NR > 1 { down() }
       obey(substr($0, k + 2, RLENGTH - 2))
       k += RLENGTH - 1
     } else {
+      # To an awk that counts bytes a character is as wide as it has bytes: no narrower than a terminal shows it.
       put(character)
     }
   }

@@ -77,6 +77,30 @@ same "silent: exit code" 5 $status
 check "silent: it is said" grep -q "group 'watch' is silent: no answer since" screen
 check "silent: the cursor is back" grep -qx '# cursor shown' screen
 
+# The table itself tells it: what is said may go elsewhere.
+plant pause.panel <<<'fault ReadItems delay 3 s after 3 times 1'
+timeout 30 script -qefc "stty rows 12 cols 78; exec $(printf '%q ' "${client[@]}") watch --panel pause.panel --rate 100 \
+  --for 5 WO100 2>said" /dev/null </dev/null >drawn
+check "silent: the table says so" grep -qE '^  silent since [0-9]{2}:[0-9]{2}:[0-9]{2}: watch.?$' drawn
+awk -v rows=12 -v columns=78 -f "$here/screen.awk" drawn >screen
+check "answers again: the table no longer says silent" lacks "$(cat screen)" silent
+check "answers again: the values are there" grep -q '40000' screen
+
+# --- names that are wide, or mean something to a terminal
+
+cat >wide.cfg <<'END'
+[Communication Parameters]
+DeviceType=2
+[Groups]
+Line=False#False#100#0#
+[Group:Line]
+温度センサー温度センサー温度センサー=WO100#0#0#1#3145828#0#False#False#
+END
+on_terminal 12 50 watch --panel plant.panel --config wide.cfg --count 4 --rate 50
+check "wide names: nothing wraps" grep -qx '# wrapped 0' screen
+check "wide names: nothing unknown" lacks "$(cat screen)" "# unknown"
+check "wide names: one table" [ "$(grep -c -- '-----' screen)" = 1 ]
+
 # --- a download
 
 head -c 5000 /dev/zero >panel.fw

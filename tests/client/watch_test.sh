@@ -116,8 +116,24 @@ same "two groups are silent: each is told once" "Fast Other" \
 same "two groups are silent: nothing else is told" 2 "$(wc -l <err)"
 
 plant mute.panel <<<'fault ReadItems never'
-go watch --panel mute.panel --rate 1000 --for 2.8 --format csv WO100
-prints "three update rates are no silence yet" 0 <<<'time,group,item,identifier,value,error'
+never_answers() {
+  sed -E "s/since $clock \([0-9]+\.[0-9] s\)/since TIME (N s)/" err >shown
+  cp shown err
+  prints "$1" 5 "orvo: group 'watch' is silent: no answer since TIME (N s)" <<<'time,group,item,identifier,value,error'
+}
+go watch --panel mute.panel --rate 1000 --for 1.5 --format csv WO100
+never_answers "no answer in the whole time"
+go watch --panel mute.panel --rate 5000 --for 0.3 --format csv WO100
+never_answers "no time for an answer"
+
+plant paused.panel <<<'fault ReadItems delay 1200 ms after 1'
+go watch --panel paused.panel --rate 1000 --for 2.5 --format csv WO100
+masked out >shown
+cp shown out
+prints "three update rates are no silence yet" 0 <<'END'
+time,group,item,identifier,value,error
+TIME,watch,Item_1,WO100,40000,0
+END
 
 plant failing.panel <<'END'
 fault WO100 fail 5 after 2 times 2
@@ -134,6 +150,30 @@ TIME,watch,Item_1,WO100,,5
 TIME,watch,Item_1,WO100,40000,0
 END
 
+plant failing.panel <<<'fault WO100 fail 5'
+go watch --panel failing.panel --rate 50 --count 4 WO100
+sed -i -E 's/^( *)[0-9]+\.[0-9] s/\1N s/' out
+prints "a failure that stays is no changed value" 2 <<'END'
+  N s  WO100=error 5
+4 DataChange events with 1 changed values
+END
+
+# --- names that are the client's own, and texts that are not
+
+sed 's/Fast/watch/' two.cfg >clash.cfg
+go watch --panel plant.panel --config clash.cfg --rate 50 --count 1 --format csv WO106:bcd
+masked out >shown
+cp shown out
+prints "a group of the configuration has the client's name" 0 <<'END'
+time,group,item,identifier,value,error
+TIME,watch2,Item_1,WO106,1234,0
+END
+
+sed "s/Fast/Fa$(printf '\302\233')st/" two.cfg >control.cfg
+go watch --panel plant.panel --config control.cfg --rate 50 --count 2
+check "a control character in a group's name" grep -qF 'Fa\x9Bst: ' out
+check "a control character does not come out as it is" lacks "$(cat out)" $'\302\233'
+
 # --- how it is used wrongly
 
 go watch --panel plant.panel QQ --count 1
@@ -149,7 +189,21 @@ for wrong in "--count 0" "--count many" "--for -1" "--rate -5" "--format xml"; d
   stderr_has "watch $wrong" "${wrong% *}"
 done
 
-# --- a reader that has enough
+# --- a reader that has enough, and an error output that nobody reads
+
+plant mute.panel <<<'fault ReadItems never after 2'
+{
+  timeout 20 "${client[@]}" watch --panel mute.panel --rate 50 --for 3 --format csv WO100 2>&1 >out
+  echo $? >code
+} | head -0
+masked out >shown
+cp shown out
+: >err
+status=$(cat code)
+prints "the reader of the errors has gone" 5 <<'END'
+time,group,item,identifier,value,error
+TIME,watch,Item_1,WO100,40000,0
+END
 
 timeout 20 "${client[@]}" watch --panel moving.panel --rate 50 --format csv DW120 2>err | head -1 >out
 status=${PIPESTATUS[0]}

@@ -38,6 +38,10 @@ checks=$(wc -l <<<"$out")
 [ "$checks" -gt 50 ] || fail "only $checks checks are listed"
 has "$out" '^answers-once +A read is answered exactly once\.$'
 
+run 2 SimulatedPanel.Channel --frob
+has "$err" '^orvo-driver-test: .*--frob'
+grep -qv '^orvo-driver-test: ' <<<"$err" && fail "a line of the error output does not begin with the program's name"
+
 run 0 SimulatedPanel.Channel --kind PanelB "${board[@]}" --write WO100=7 --write FL104=-2.5 --wrong-item XX1
 has "$out" '^passed  answers-once$'
 has "$out" '^passed  reads-back$'

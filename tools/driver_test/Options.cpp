@@ -60,6 +60,10 @@ ParsedOptions ParseOptions(int argc, char** argv) {
 
   CLI::App app{About, "orvo-driver-test"};
   app.footer(Example);
+  app.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
+    return "orvo-driver-test: " + std::string(error.what()) +
+           "\norvo-driver-test: run with --help for more information\n";
+  });
   app.add_option("progid", options.progId, "programmatic identifier of the driver");
   app.add_option("--kind", options.plan.deviceKind, "kind of device, for CreateDevice");
   app.add_option("--item", options.plan.items, "identifier that can be read without error; may be repeated")

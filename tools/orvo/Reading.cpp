@@ -31,14 +31,11 @@ class Reader::Sink final : public SpoolerEvents {
  public:
   const RequestGroup* group = nullptr;  // of the read that is under way
   SafeArray<Variant> delivered;
-  bool strayed = false;  // a completion was another read's
 
   void ReadRequestComplete(const std::shared_ptr<DataRequest>& RRequest) override {
     if (!IsSynchronous(RRequest->RequestType())) return;
-    if (RRequest->ReqGroup().get() == group)
-      delivered = RRequest->DATAValues();
-    else
-      strayed = true;
+    // A driver may answer an earlier read again.
+    if (RRequest->ReqGroup().get() == group) delivered = RRequest->DATAValues();
   }
   void ReadRatedRequestComplete(const std::shared_ptr<DataRequest>& /*RRequest*/) override {}
   void WriteRequestComplete(const std::shared_ptr<DataRequest>& /*WRequest*/) override {}
@@ -77,7 +74,6 @@ ReadResult Reader::Read(KELDataGroup& group, std::chrono::milliseconds limit) {
   for (;;) {
     sink_->group = &group;
     sink_->delivered = {};
-    sink_->strayed = false;
     const std::uint64_t sent = session_.Log().Sent();
     {
       const WaitLimit waiting(session_, std::max(left(), MinimumTimerPeriod));
@@ -85,9 +81,7 @@ ReadResult Reader::Read(KELDataGroup& group, std::chrono::milliseconds limit) {
     }
     Interrupt::Check();
     result.delivered = sink_->delivered;
-    // A completion of an earlier read ends the wait, too; what this one's brings is asked for again.
-    const bool unanswered = session_.Log().Sent() == sent || (sink_->strayed && sink_->delivered.IsEmpty());
-    const bool refused = unanswered && !result.errors.IsEmpty() &&
+    const bool refused = session_.Log().Sent() == sent && !result.errors.IsEmpty() &&
                          std::all_of(result.errors.View().begin(), result.errors.View().end(),
                                      [](std::int32_t error) { return error == RequestFailed; });
     if (!refused || left() <= pause) return result;
