@@ -139,12 +139,12 @@ Variant KELDataItem::ClientInteger(ClientValueSteps* steps) {
   Variant value = ExtractedNumber(steps);
   if (!signed_ && ToR8(value) < 0) {
     const double range = std::ldexp(1.0, 8 * DataSize());
-    const Variant unsignedValue = range - 1 - static_cast<double>(~ToI4(value));
+    Variant unsignedValue = range - 1 - static_cast<double>(~ToI4(value));
     if (steps != nullptr) steps->withoutSign = unsignedValue;
     return unsignedValue;
   }
   if (bcd_) {
-    const Variant number = DecodeBCD(ToI4(value));
+    Variant number = DecodeBCD(ToI4(value));
     if (steps != nullptr) steps->fromBCD = number;
     return number;
   }
