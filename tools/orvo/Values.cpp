@@ -47,9 +47,7 @@ std::string Shown(std::string_view text) {
     if (code == leadOfC1 && next >= firstC1 && IsControl(next)) {
       append(next);
       ++k;
-    } else if (IsControl(code) && !continues) {
-      append(code);
-    } else if (code >= firstLead && next < firstC1) {
+    } else if ((IsControl(code) && !continues) || (code >= firstLead && next < firstC1)) {
       append(code);
     } else {
       shown += text[k];
