@@ -102,6 +102,19 @@ fails "no file" 1 "orvo: error 53: File not found: nowhere.cfg"
 go config check bad.cfg --drivers nowhere.ini
 fails "no driver configuration file" 1 "orvo: error 53: File not found: nowhere.ini"
 
+# --- downloads on opening, which no call of the server raises
+
+plant refuses.panel <<'END'
+set FirmwareDownloadNeeded True
+fault SetConfigurationMode refuse
+END
+go read --panel refuses.panel --set AutoDownloadFirmware=True --set ProjectName=press WO100 --format csv
+ends "configuration mode is refused" 0 "orvo: the driver refused configuration mode: nothing was downloaded"
+go read --panel refuses.panel --set ProjectName=press WO100 --format csv
+ends "no download is wanted" 0 ""
+go read --panel plant.panel --set AutoDownloadProject=True --set ProjectName=press WO100 --format csv
+ends "the file is not there" 0 "orvo: the driver refused DownloadProject: 53: File not found: press.obj"
+
 # --- a driver that transfers whole groups
 
 plant whole.panel <<'END'

@@ -14,7 +14,7 @@ explains() {
 # 40000 is 0x9C40, delivered as 40 9C; as a signed word 40000 - 65536.
 explains WO100 <<'END'
 compiled address: 3145828
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 40 9C
 number in the words, least significant byte first: -25536 (0x9C40)
 cut out by the device: -25536 (0x9C40)
@@ -25,7 +25,7 @@ error: 0
 END
 explains WO100:signed <<'END'
 compiled address: 3145828
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 40 9C
 number in the words, least significant byte first: -25536 (0x9C40)
 cut out by the device: -25536 (0x9C40)
@@ -38,23 +38,23 @@ END
 # Decimal digits of four bits each. The digits are rounded quotients, so those of 0x18 are 2 and 8.
 explains WO106:bcd <<'END'
 compiled address: 3145834
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 34 12
 number in the words, least significant byte first: 4660 (0x1234)
 cut out by the device: 4660 (0x1234)
 sign: the number is not negative: it stays as it is
-BCD: 1234: the number of the decimal digits
+BCD: 1234: decoded as decimal digits, each place rounded
 client value: 1234
 error: 0
 END
 explains WO116:bcd <<'END'
 compiled address: 3145844
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 18 00
 number in the words, least significant byte first: 24 (0x0018)
 cut out by the device: 24 (0x0018)
 sign: the number is not negative: it stays as it is
-BCD: 28: the number of the decimal digits
+BCD: 28: decoded as decimal digits, each place rounded
 client value: 28
 error: 0
 END
@@ -62,7 +62,7 @@ END
 # Bit 3 of 0x0008; the high byte of 0xABCD at the even address, the low one behind it.
 explains BI102.3 <<'END'
 compiled address: 1245286
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 08 00
 number in the words, least significant byte first: 8 (0x0008)
 cut out by the device: 1 (0x0001)
@@ -73,7 +73,7 @@ error: 0
 END
 explains BY104 <<'END'
 compiled address: 2097256
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: CD AB
 number in the words, least significant byte first: -21555 (0xABCD)
 cut out by the device: 171 (0x00AB)
@@ -84,7 +84,7 @@ error: 0
 END
 explains BY105 <<'END'
 compiled address: 2097257
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: CD AB
 number in the words, least significant byte first: -21555 (0xABCD)
 cut out by the device: 205 (0x00CD)
@@ -97,7 +97,7 @@ END
 # 0xEFCDAB89 is 4023233417; as a signed number 2^32 less.
 explains DW108 <<'END'
 compiled address: 4194412
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 89 AB CD EF
 number in the words, least significant byte first: -271733879 (0xEFCDAB89)
 cut out by the device: -271733879 (0xEFCDAB89)
@@ -110,7 +110,7 @@ END
 # 20.5 is 1.28125 * 2^4: exponent 131, fraction 0.28125, so 0x41A40000.
 explains FL112 <<'END'
 compiled address: 5242992
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 00 00 A4 41
 number in the words, least significant byte first: 20.5
 cut out by the device: 20.5
@@ -119,7 +119,7 @@ error: 0
 END
 explains ST0020010 <<'END'
 compiled address: 6291656
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: 56 61 6E 69 6C 6C 61 20 33 25
 text: Windows-1252, without zero bytes, 10 characters
 client value: "Vanilla 3%"
@@ -127,7 +127,7 @@ error: 0
 END
 explains RA036 <<'END'
 compiled address: 7373568
-offset in the group's buffer: 0 bytes
+offset in the group's buffer: none: the group has no buffer
 bytes as delivered: A0 A1 A2 A3 A4 A5
 bytes: handed on as they are
 client value: A0 A1 A2 A3 A4 A5

@@ -96,7 +96,11 @@ void PrintError(const AutomationError& error, const DriverLog* log) {
 
 // What the server passes over: a request that the driver refused comes back with 99 for its items, and a
 // download on opening is nobody's call.
-void PrintPassedOver(const DriverLog& log) {
+void PrintPassedOver(const Session& session) {
+  const DriverLog& log = session.Log();
+  const KELDataServer& server = *session.server;
+  if (log.ConfigurationModeRefused() && (server.AutoDownloadFirmware() || server.AutoDownloadProject()))
+    std::cerr << "orvo: the driver refused configuration mode: nothing was downloaded\n";
   for (const char* operation : {"DownloadFirmware", "DownloadProject", "SetGroupDefinition", "ReadItems",
                                 "WriteItems", "ReadGroup", "WriteGroup"})
     if (const auto said = log.Failure(operation))
@@ -315,7 +319,7 @@ int CommandTree::RunInSession(Command run) const {
     session.Configure(options_.connection);
     const int exitCode = run(session, options_);
     std::cout.flush();
-    PrintPassedOver(session.Log());
+    PrintPassedOver(session);
     return exitCode;
   } catch (const AutomationError& error) {
     if (Interrupt::Requested()) throw EndRequested();

@@ -21,6 +21,10 @@ class DriverLog {
     latest_ = error;
     failures_.insert_or_assign(operation, error);
   }
+  // What the latest call of SetConfigurationMode answered; a download on opening needs it.
+  void NoteConfigurationMode(bool accepted) noexcept { configurationModeRefused_ = !accepted; }
+  bool ConfigurationModeRefused() const noexcept { return configurationModeRefused_; }
+
   void NoteRefusal(const std::string& itemId, const AutomationError& error) {
     refusals_.insert_or_assign(itemId, error);
   }
@@ -42,6 +46,7 @@ class DriverLog {
 
  private:
   std::uint64_t sent_ = 0;
+  bool configurationModeRefused_ = false;
   std::optional<AutomationError> latest_;
   std::map<std::string, AutomationError> failures_;
   std::map<std::string, AutomationError> refusals_;  // by identifier

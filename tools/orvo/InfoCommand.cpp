@@ -60,11 +60,6 @@ int RunInfo(Session& session, const Options& options) {
   } catch (const AutomationError& error) {
     failure = error;
   }
-  // An automatic download that fails is not raised.
-  for (const char* download : {"DownloadFirmware", "DownloadProject"})
-    if (const auto refused = session.Log().Failure(download))
-      std::cerr << "orvo: " << download << " failed: error " << refused->Number() << ": "
-                << refused->Description() << '\n';
   const std::optional<AutomationError> untold = PrintProperties(*session.server, options.format);
   if (!failure) failure = untold;
   session.Close();

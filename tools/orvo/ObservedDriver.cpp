@@ -135,7 +135,9 @@ void ObservedDriver::Reserved18() {
 }
 
 bool ObservedDriver::SetConfigurationMode() {
-  return Noted("SetConfigurationMode", [&] { return driver_->SetConfigurationMode(); });
+  const bool accepted = Noted("SetConfigurationMode", [&] { return driver_->SetConfigurationMode(); });
+  log_->NoteConfigurationMode(accepted);
+  return accepted;
 }
 
 void ObservedDriver::SetGroupDefinition(std::int32_t GroupId, std::int32_t Define) {

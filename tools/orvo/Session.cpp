@@ -162,9 +162,8 @@ std::vector<std::shared_ptr<KELDataGroup>> Session::Select(const Selection& sele
   }
   if (!hasConfiguration_)
     throw UsageError("there are no items: name one, or a configuration with --config FILE");
-  const auto groups = selection.group.empty()
-                          ? server->KELDataGroups()->NewEnum()
-                          : std::vector{server->KELDataGroups()->ItemByName(selection.group)};
+  auto groups = selection.group.empty() ? server->KELDataGroups()->NewEnum()
+                                        : std::vector{server->KELDataGroups()->ItemByName(selection.group)};
   if (std::all_of(groups.begin(), groups.end(),
                   [](const auto& group) { return group->KELDataItems()->Count() == 0; }))
     throw UsageError(selection.group.empty() ? "the configuration has no items"
