@@ -38,13 +38,19 @@ std::optional<std::string> LayoutMistake(KELDataGroup& group) {
   std::string previous;
   for (const auto& item : items) {
     const std::int64_t offset = item->ItemGroupBufferOffset();
-    const std::string where = "item '" + item->ItemName() + "' of group '" + group.GroupName() + "' ";
+    const auto where = [&] {
+      return std::string("item '")
+          .append(item->ItemName())
+          .append("' of group '")
+          .append(group.GroupName())
+          .append("' ");
+    };
     if (offset < end)
-      return where + "lies over '" + previous + "' in the group's buffer, at " + std::to_string(offset);
+      return where() + "lies over '" + previous + "' in the group's buffer, at " + std::to_string(offset);
     end = offset + ByteLength(*item);
     previous = item->ItemName();
     if (end > size)
-      return where + "ends at " + std::to_string(end) + ", the group's buffer at " + std::to_string(size);
+      return where() + "ends at " + std::to_string(end) + ", the group's buffer at " + std::to_string(size);
   }
   return std::nullopt;
 }
