@@ -19,12 +19,16 @@ constexpr int Times = 1000;
 constexpr int SettledAfter = 100;  // what the system itself keeps is there by then
 constexpr int ExchangeEvery = 25;  // an exchange with the device takes real time
 
-// Handles and threads must not grow at all. The thread library inside the module keeps a record of its own for
-// each load, of half a kilobyte in three blocks; more than that is a leak of ours.
+// Handles and threads must not grow with the loads or threads. The system starts a thread of its own for an
+// apartment when it finds the time, and keeps it: a few more, once, are not ours. The thread library inside the
+// module keeps a record of its own for each load, of half a kilobyte in three blocks; more than that is a leak
+// of ours.
 constexpr std::size_t BlocksEach = 3;
 constexpr std::size_t BytesEach = 560;
 constexpr std::size_t MoreBlocks = 20;
 constexpr std::size_t MoreBytes = 20000;
+constexpr DWORD MoreHandles = 8;
+constexpr DWORD MoreThreads = 2;
 
 // A window of this class would have its procedure in a library that is gone.
 bool HasWakeWindows() {
@@ -51,8 +55,8 @@ void Reload(const std::wstring& path, const std::function<void(const Library&, i
   }
   const Usage now = Usage::Now();
   constexpr std::size_t rounds = Times - SettledAfter;
-  EXPECT_LE(now.handles, settled.handles);
-  EXPECT_LE(now.threads, settled.threads);
+  EXPECT_LE(now.handles, settled.handles + MoreHandles);
+  EXPECT_LE(now.threads, settled.threads + MoreThreads);
   EXPECT_LE(now.blocks, settled.blocks + BlocksEach * rounds + MoreBlocks);
   EXPECT_LE(now.bytes, settled.bytes + BytesEach * rounds + MoreBytes);
   std::printf("handles %lu -> %lu, threads %lu -> %lu, blocks %zu -> %zu, bytes %zu -> %zu\n", settled.handles,
@@ -103,8 +107,8 @@ TEST(ReloadTest, ThreadsThatEndLeaveNothingBehind) {
     if (i == Warm) settled = Usage::Now();
   }
   const Usage now = Usage::Now();
-  EXPECT_LE(now.handles, settled.handles);
-  EXPECT_LE(now.threads, settled.threads);
+  EXPECT_LE(now.handles, settled.handles + MoreHandles);
+  EXPECT_LE(now.threads, settled.threads + MoreThreads);
   EXPECT_LE(now.bytes, settled.bytes + MoreBytes);
   EXPECT_EQ(library.CanUnloadNow(), S_OK);
 }
