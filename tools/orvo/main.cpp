@@ -8,10 +8,9 @@
 #include <exception>
 #include <iostream>
 
-namespace {
+namespace orvo::client {
 
-int Run(int count, char** arguments) {
-  using namespace orvo::client;
+static int RunClient(int count, char** arguments) {
   PrepareOutput();
   Interrupt::Install();
   int exitCode = Success;
@@ -29,11 +28,11 @@ int Run(int count, char** arguments) {
   return Failed;
 }
 
-}  // namespace
+}  // namespace orvo::client
 
 int main(int count, char** arguments) {
   try {
-    return Run(count, arguments);
+    return orvo::client::RunClient(count, arguments);
   } catch (const std::exception& error) {
     std::cerr << "orvo: " << error.what() << '\n';
   }
