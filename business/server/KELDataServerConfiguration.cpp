@@ -88,7 +88,7 @@ std::string KELDataServer::CompiledDifference(const KELDataItem& item) const {
   std::int32_t words = 0;
   std::int32_t type = 0;
   const bool compiles =
-      Suppressed([&] { RequireDevice()->CompileItemId(item.ItemId(), address, words, type); });
+      AnswerOr(false, [&] { return RequireDevice()->CompileItemId(item.ItemId(), address, words, type); });
   std::string text;
   const auto compare = [&](const char* what, double saved, double compiled) {
     if (!compiles || saved == compiled || (std::isnan(saved) && std::isnan(compiled))) return;

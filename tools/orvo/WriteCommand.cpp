@@ -4,6 +4,7 @@
 #include "ExitCode.h"
 #include "Interrupt.h"
 #include "Values.h"
+#include "errors/ErrorHandling.h"
 #include "errors/modConstant.h"
 #include "errors/modIDataErrors.h"
 
@@ -44,7 +45,9 @@ std::string_view WithoutTrailingBlanks(std::string_view text) {
 
 // What was written is not always what was asked for.
 void TellWhatBecame(KELDataItem& item, const Variant& asked) {
-  const Variant now = item.USERValue();
+  Variant now;
+  // The write is done; a device that cannot show the value now does not change that.
+  if (!Suppressed([&] { now = item.USERValue(); })) return;
   const bool isText = asked.Is(VariantKind::String) && now.Is(VariantKind::String);
   if (isText && WithoutTrailingBlanks(now.Text()) != WithoutTrailingBlanks(asked.Text()))
     std::cerr << "orvo: " << item.ItemId() << ": not the whole text was written, it reads as " << ValueText(now)

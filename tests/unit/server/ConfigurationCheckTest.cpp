@@ -112,6 +112,16 @@ TEST_F(ConfigurationCheck, FactsThatAreNotThoseOfTheDeviceAreToldAndTakenAllTheS
   EXPECT_EQ(Item("Line", "Torque")->CompiledAddress(), 77);
 }
 
+TEST_F(ConfigurationCheck, AnItemThatTheDeviceRefusesTheSecondTimeIsNotCompared) {
+  Driver().LastDevice()->compile = [asked = 0](const std::string&, double& address, std::int32_t& words,
+                                               std::int32_t&) mutable {
+    address = 5;
+    words = 1;
+    return ++asked == 1;
+  };
+  EXPECT_EQ(Check("[Communication Parameters]\n[Groups]\nLine=\n[Group:Line]\nSpeed=WO100###1#77#\n"), "");
+}
+
 TEST_F(ConfigurationCheck, AnItemThatIsBothSignedAndBCDIsTold) {
   EXPECT_EQ(
       Check("[Communication Parameters]\n[Groups]\nLine=\n[Group:Line]\nSpeed=WO100######True#True#\n"),
