@@ -87,11 +87,16 @@ void KELDataGroup::PutActiveFalse() {
 
 void KELDataGroup::PutActiveTrue() {
   const std::shared_ptr<ModelServer> server = RequireServer();
-  if (!server->CanActivateGroup())
+  // A driver's failure is wrapped whatever its number; only the checks here raise errors of our own.
+  const auto asked = [&](auto question) {
+    return WithTrace(
+        OwnErrors::Wrap, [&] { return Trace("Active") + ",NewValue=True"; }, question);
+  };
+  if (!asked([&] { return server->CanActivateGroup(); }))
     throw AutomationError(
         errInvalidValue,
         "Too many active groups : the max number of groups that can be active at the same time is " +
-            std::to_string(server->UsableGroupCapacity()));
+            std::to_string(asked([&] { return server->UsableGroupCapacity(); })));
   if (server->ServerStatus() != StatusRunning) {
     StopUpdates();
     active_ = true;

@@ -38,28 +38,28 @@ std::shared_ptr<ModelServer> KELDataItem::RunningServer() const {
 
 Variant KELDataItem::USERValue() {
   const std::shared_ptr<AutomationObject> self = weak_from_this().lock();
+  // Only the device object can fail with a number of our own table here: that is wrapped like any other.
   return WithTrace(
-      OwnErrors::PassThrough, [&] { return ":DataItem.USERValue(ItemName=" + itemName_; },
+      OwnErrors::Wrap, [&] { return ":DataItem.USERValue(ItemName=" + itemName_; },
       [&] { return ClientValue(); });
 }
 
 void KELDataItem::SyncRead(Variant& USERValue, std::int32_t& Error, Variant* TimeStamp) {
   const std::shared_ptr<AutomationObject> self = shared_from_this();
   const std::shared_ptr<KELDataGroup> group = Parent();
-  WithTrace(
-      OwnErrors::PassThrough, [&] { return ":DataItem.SyncRead(ItemName=" + itemName_; },
-      [&] {
-        const std::shared_ptr<ModelServer> server = RunningServer();
-        const std::shared_ptr<DataRequest> request = server->RunReadItem(*this);
-        const ReadResults results(*request, 1);
-        Error = results.Error(0);
-        if (Error != 0) return;
-        dataValue_ = results.Value(0);
-        Variant client = ClientValue();
-        timeStamp_ = platform_.LocalNow();
-        USERValue = std::move(client);
-        if (TimeStamp != nullptr) *TimeStamp = timeStamp_;
-      });
+  const auto trace = [&] { return ":DataItem.SyncRead(ItemName=" + itemName_; };
+  WithTrace(OwnErrors::PassThrough, trace, [&] {
+    const std::shared_ptr<ModelServer> server = RunningServer();
+    const std::shared_ptr<DataRequest> request = server->RunReadItem(*this);
+    const ReadResults results(*request, 1);
+    Error = results.Error(0);
+    if (Error != 0) return;
+    dataValue_ = results.Value(0);
+    Variant client = WithTrace(OwnErrors::Wrap, trace, [&] { return ClientValue(); });
+    timeStamp_ = platform_.LocalNow();
+    USERValue = std::move(client);
+    if (TimeStamp != nullptr) *TimeStamp = timeStamp_;
+  });
 }
 
 void KELDataItem::SyncWrite(const Variant& USERValue, std::int32_t& Error) {

@@ -178,7 +178,7 @@ void ConfigurationLoad::ApplyGroupItems(KELDataGroup& group, const std::string& 
     Step(entry.line, [&] { ApplyItem(group, section, entry); });
   Step(file_.SectionLine(section), [&] {
     const bool fits = WithTrace(
-        OwnErrors::PassThrough, [&] { return ":Server.LoadConfigurationFromFile(FileName=" + fileName_; },
+        OwnErrors::Wrap, [&] { return ":Server.LoadConfigurationFromFile(FileName=" + fileName_; },
         [&] { return group.FitsDevice(); });
     // kept: no blank after the equals sign here.
     if (!fits) RaiseDataError(errInvalidGroupSize, "GroupName=" + group.GroupName());

@@ -16,6 +16,16 @@ constexpr const char* DriversSection = "Drivers";
 constexpr const char* DriverKey = "DataCommunication";
 constexpr const char* NetworkTypeKey = "NetworkType";
 
+// A driver may throw what is no error of ours; a client gets number and text all the same.
+template <class Call>
+decltype(auto) WithOwnErrors(Call&& call) {
+  try {
+    return std::forward<Call>(call)();
+  } catch (...) {
+    throw CaughtError();
+  }
+}
+
 }  // namespace
 
 void KELDataServer::SetDriverConfigurationFile(const std::string& FileName) {
@@ -28,12 +38,14 @@ void KELDataServer::SetDriverConfigurationFile(const std::string& FileName) {
   if (!progId.has_value())
     RaiseRuntimeError(RuntimeError::InvalidProcedureCall,
                       FileName + " has no key '" + DriverKey + "' in section '" + DriversSection + "'");
-  driver_ = environment_.drivers.Create(*progId, {environment_.platform, environment_.files});
+  driver_ = WithOwnErrors([&] {
+    return environment_.drivers.Create(*progId, {environment_.platform, environment_.files});
+  });
   if (const auto networkType = configuration.Value(DriversSection, NetworkTypeKey)) {
     const std::shared_ptr<CommunicationDriver> driver = driver_;
-    driver->PutNetworkType(ToI4(Variant(*networkType)));
+    WithOwnErrors([&] { driver->PutNetworkType(ToI4(Variant(*networkType))); });
   }
-  pReqSpooler->PutDataComm(driver_);
+  WithOwnErrors([&] { pReqSpooler->PutDataComm(driver_); });
 }
 
 void KELDataServer::PutDeviceType(std::int32_t NewValue) {
