@@ -38,7 +38,7 @@ void RefusesWhileClosed(DriverSession& session) {
   session.RequireAnswers(0, "to requests that were refused");
 }
 
-constexpr std::array List{
+constexpr std::array CommunicationChecksList{
     Check{{"opens",
            "Communication is opened and closed, and opened again; nothing comes that was not asked for."},
           "knows-kind",
@@ -53,7 +53,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> CommunicationChecks() {
-  return List;
+  return CommunicationChecksList;
 }
 
 }  // namespace orvo::kit

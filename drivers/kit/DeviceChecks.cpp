@@ -144,7 +144,7 @@ void AcceptsLoadedItems(DriverSession& session) {
                  [&] { session.Device().ItemLoaded(item.id, item.address, item.words, item.type); });
 }
 
-constexpr std::array List{
+constexpr std::array DeviceChecksList{
     Check{{"makes-drivers", "The factory makes a new driver at each call."}, "", MakesDrivers},
     Check{
         {"takes-sink", "SetEventSink takes a sink, and another one in its place."}, "makes-drivers", TakesSink},
@@ -181,7 +181,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> DeviceChecks() {
-  return List;
+  return DeviceChecksList;
 }
 
 }  // namespace orvo::kit

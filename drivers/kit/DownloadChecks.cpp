@@ -93,7 +93,7 @@ void RefusesMissingFile(DriverSession& session) {
   if (!any) throw NotApplicable{"no firmware and no project is given that may be downloaded"};
 }
 
-constexpr std::array List{
+constexpr std::array DownloadChecksList{
     Check{{"enters-configuration-mode", "The board accepts configuration mode."},
           "knows-kind",
           EntersConfigurationMode},
@@ -112,7 +112,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> DownloadChecks() {
-  return List;
+  return DownloadChecksList;
 }
 
 }  // namespace orvo::kit

@@ -101,7 +101,7 @@ void SaysNothingAfterItsEnd(DriverSession& session) {
     throw CheckFailed{"an exception left the driver's timer or posted call: " + escaped};
 }
 
-constexpr std::array List{
+constexpr std::array EndChecksList{
     Check{{"closing-answers",
            "CloseCommunication answers a read that is under way once, by the next pass of the message loop, "
            "with an "
@@ -134,7 +134,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> EndChecks() {
-  return List;
+  return EndChecksList;
 }
 
 }  // namespace orvo::kit

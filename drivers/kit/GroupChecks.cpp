@@ -110,7 +110,7 @@ void RefusesGroupsWhileClosed(DriverSession& session) {
 }
 
 // In turn on one driver, and in the end a close with one more request under way.
-void LongSession(DriverSession& session, bool writes) {
+void LongSessionOfGroups(DriverSession& session, bool writes) {
   constexpr std::size_t rounds = 12;
   SafeArray<std::uint8_t> buffer = DefinedGroup(session);
   const std::int32_t group = session.Plan().groupId;
@@ -137,14 +137,14 @@ void LongSession(DriverSession& session, bool writes) {
   session.RequireAnswers(sent + 1, "to as many requests of the group");
 }
 
-void LongSessionOfReads(DriverSession& session) {
-  LongSession(session, false);
+void LongSessionOfGroupReads(DriverSession& session) {
+  LongSessionOfGroups(session, false);
 }
-void LongSessionOfReadsAndWrites(DriverSession& session) {
-  LongSession(session, true);
+void LongSessionOfGroupsBothWays(DriverSession& session) {
+  LongSessionOfGroups(session, true);
 }
 
-constexpr std::array List{
+constexpr std::array GroupChecksList{
     Check{{"defines-groups", "As many groups as GroupCapacity says are defined and released."},
           "opens answers-capacity",
           DefinesGroups},
@@ -176,16 +176,16 @@ constexpr std::array List{
            "A dozen reads of a group in turn on one driver are answered once each before the next is sent, and "
            "a close in the end answers the last."},
           "reads-groups answers-group-buffer closing-answers-groups",
-          LongSessionOfReads},
+          LongSessionOfGroupReads},
     Check{{"long-session-of-groups", "The same with a write of the group after each read."},
           "long-session-of-group-reads writes-groups closing-answers-group-writes",
-          LongSessionOfReadsAndWrites},
+          LongSessionOfGroupsBothWays},
 };
 
 }  // namespace
 
 std::span<const Check> GroupChecks() {
-  return List;
+  return GroupChecksList;
 }
 
 }  // namespace orvo::kit

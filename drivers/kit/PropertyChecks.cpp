@@ -119,7 +119,7 @@ void AskSizes(DriverSession& session) {
   }
 }
 
-constexpr std::array List{
+constexpr std::array PropertyChecksList{
     Check{{"answers-identity",
            "What driver and board are is answered the same way each time while communication is open."},
           "knows-kind opens",
@@ -147,7 +147,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> PropertyChecks() {
-  return List;
+  return PropertyChecksList;
 }
 
 }  // namespace orvo::kit

@@ -92,7 +92,7 @@ void AnswersErrorsWithEmpty(DriverSession& session) {
   session.RequireAnswers(1, "to one read");
 }
 
-constexpr std::array List{
+constexpr std::array ReadChecksList{
     Check{{"reads", "A read that was taken is answered within the time-out."}, "opens compiles-items", Reads},
     Check{{"answers-once", "A read is answered exactly once."}, "reads", AnswersOnce},
     Check{{"answers-outside-the-call", "A read is answered from the message loop, never inside the call."},
@@ -119,7 +119,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> ReadChecks() {
-  return List;
+  return ReadChecksList;
 }
 
 }  // namespace orvo::kit

@@ -128,7 +128,7 @@ void LivesWithoutASink(DriverSession& session) {
   DriverSession::RequireArrays(session.AwaitAnswer(SinkEventKind::ReadComplete, before), 2);
 }
 
-constexpr std::array List{
+constexpr std::array SequenceChecksList{
     Check{{"reads-again-and-again",
            "One request after the other is answered, each once and with its own arrays."},
           "reads answers-once answers-arrays",
@@ -165,7 +165,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> SequenceChecks() {
-  return List;
+  return SequenceChecksList;
 }
 
 }  // namespace orvo::kit

@@ -17,7 +17,7 @@ void RequireNoErrors(const SinkEvent& answer, std::size_t request) {
 }
 
 // In turn on one driver, and in the end a close with one more request under way.
-void LongSession(DriverSession& session, const std::vector<std::pair<CompiledItem, Variant>>& writes) {
+void LongSessionOfItems(DriverSession& session, const std::vector<std::pair<CompiledItem, Variant>>& writes) {
   constexpr std::size_t rounds = 12;
   const std::vector<CompiledItem>& items = session.Items();
   session.Opened();
@@ -52,28 +52,28 @@ void LongSession(DriverSession& session, const std::vector<std::pair<CompiledIte
   session.RequireAnswers(sent + 1, "to as many requests");
 }
 
-void LongSessionOfReads(DriverSession& session) {
-  LongSession(session, {});
+void LongSessionOfItemReads(DriverSession& session) {
+  LongSessionOfItems(session, {});
 }
-void LongSessionOfReadsAndWrites(DriverSession& session) {
-  LongSession(session, ItemsToWrite(session));
+void LongSessionOfItemsBothWays(DriverSession& session) {
+  LongSessionOfItems(session, ItemsToWrite(session));
 }
 
-constexpr std::array List{
+constexpr std::array SessionChecksList{
     Check{{"long-session-of-reads",
            "Two dozen reads in turn on one driver are answered once each, without error, before the next is "
            "sent, and a close in the end answers the last."},
           "reads-again-and-again reads-without-errors closing-answers",
-          LongSessionOfReads},
+          LongSessionOfItemReads},
     Check{{"long-session", "So are a dozen reads and a dozen writes by turns."},
           "long-session-of-reads writes-without-errors closing-answers-writes",
-          LongSessionOfReadsAndWrites},
+          LongSessionOfItemsBothWays},
 };
 
 }  // namespace
 
 std::span<const Check> SessionChecks() {
-  return List;
+  return SessionChecksList;
 }
 
 }  // namespace orvo::kit

@@ -109,7 +109,7 @@ void ClosingAnswersWrites(DriverSession& session) {
   session.RequireAnswers(1, "to one write");
 }
 
-constexpr std::array List{
+constexpr std::array WriteChecksList{
     Check{
         {"writes", "A write that was taken is answered within the time-out."}, "opens compiles-items", Writes},
     Check{{"answers-writes-once", "A write is answered exactly once, from the message loop."},
@@ -139,7 +139,7 @@ constexpr std::array List{
 }  // namespace
 
 std::span<const Check> WriteChecks() {
-  return List;
+  return WriteChecksList;
 }
 
 }  // namespace orvo::kit

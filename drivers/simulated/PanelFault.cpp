@@ -9,9 +9,9 @@ namespace {
 
 using Operation = PanelOperation;
 
-constexpr std::array<std::string_view, 11> Names{"fail",  "refuse", "delay", "never",   "twice",  "late",
-                                                 "short", "long",   "break", "restart", "corrupt"};
-static_assert(static_cast<std::size_t>(PanelFaultAction::Corrupt) + 1 == Names.size());
+constexpr std::array<std::string_view, 11> ActionNames{"fail",  "refuse", "delay", "never",   "twice",  "late",
+                                                       "short", "long",   "break", "restart", "corrupt"};
+static_assert(static_cast<std::size_t>(PanelFaultAction::Corrupt) + 1 == ActionNames.size());
 
 bool IsReadOrWrite(Operation operation) noexcept {
   return operation >= Operation::WriteItems && operation <= Operation::ReadGroup;
@@ -29,13 +29,13 @@ bool CanBeRefused(Operation operation) noexcept {
 }  // namespace
 
 std::string_view PanelFaultActionName(PanelFaultAction action) noexcept {
-  return Names[static_cast<std::size_t>(action)];
+  return ActionNames[static_cast<std::size_t>(action)];
 }
 
 std::optional<PanelFaultAction> FindPanelFaultAction(std::string_view name) noexcept {
-  const auto found = std::find(Names.begin(), Names.end(), name);
-  if (found == Names.end()) return std::nullopt;
-  return static_cast<PanelFaultAction>(found - Names.begin());
+  const auto found = std::find(ActionNames.begin(), ActionNames.end(), name);
+  if (found == ActionNames.end()) return std::nullopt;
+  return static_cast<PanelFaultAction>(found - ActionNames.begin());
 }
 
 bool PanelFaultFits(PanelFaultAction action, std::optional<PanelOperation> operation) noexcept {

@@ -121,8 +121,8 @@ void ScriptedDriver::WriteItems(const SafeArray<double>& CompiledAddresses,
   lastAddresses = CompiledAddresses;
   lastDimensions = Dimensions;
   lastValues = DATAValues;
-  Called("WriteItems",
-         RequestText(CompiledAddresses, Dimensions) + ",values=" + ListText(DATAValues, &LogText));
+  Called("WriteItems", RequestText(CompiledAddresses, Dimensions) + ",values=" +
+                           ListText(DATAValues, [](const Variant& value) { return LogText(value); }));
 }
 
 void ScriptedDriver::ReadItems(const SafeArray<double>& CompiledAddresses,

@@ -10,10 +10,10 @@ namespace orvo {
 
 namespace {
 
-constexpr std::chrono::milliseconds LongestWait = std::chrono::hours(24 * 365);
+constexpr std::chrono::milliseconds LongestRealWait = std::chrono::hours(24 * 365);
 
 std::chrono::milliseconds WithinYear(std::chrono::milliseconds duration) {
-  return std::clamp(duration, std::chrono::milliseconds{0}, LongestWait);
+  return std::clamp(duration, std::chrono::milliseconds{0}, LongestRealWait);
 }
 
 CivilTime LocalCivil() {

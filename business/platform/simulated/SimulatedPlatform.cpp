@@ -9,7 +9,7 @@ namespace orvo {
 
 namespace {
 
-constexpr std::chrono::milliseconds LongestWait = std::chrono::hours(24 * 365);
+constexpr std::chrono::milliseconds LongestVirtualWait = std::chrono::hours(24 * 365);
 
 std::chrono::milliseconds SinceEpoch(const CivilTime& time) {
   const auto date = std::chrono::year(time.year) / static_cast<int>(time.month) / static_cast<int>(time.day);
@@ -77,7 +77,8 @@ void SimulatedPlatform::PumpOnce() {
 
 void SimulatedPlatform::WaitForWork(std::chrono::milliseconds atMost) {
   if (queue_.HasWork()) return;
-  std::chrono::milliseconds target = now_ + std::clamp(atMost, std::chrono::milliseconds{0}, LongestWait);
+  std::chrono::milliseconds target =
+      now_ + std::clamp(atMost, std::chrono::milliseconds{0}, LongestVirtualWait);
   if (const auto deadline = queue_.NextDeadline()) target = std::min(target, *deadline);
   now_ = target;
 }

@@ -12,7 +12,7 @@
 namespace orvo {
 namespace {
 
-AutomationError Raised(const std::function<void()>& action) {
+AutomationError RaisedRuntimeError(const std::function<void()>& action) {
   try {
     action();
   } catch (const AutomationError& error) {
@@ -49,10 +49,10 @@ TEST(RuntimeErrors, CarryTheUsualNumbersAndTexts) {
   for (const RuntimeRow& row : RuntimeRows) {
     SCOPED_TRACE(row.number);
     EXPECT_EQ(RuntimeErrorText(row.error), row.text);
-    const AutomationError bare = Raised([&] { RaiseRuntimeError(row.error); });
+    const AutomationError bare = RaisedRuntimeError([&] { RaiseRuntimeError(row.error); });
     EXPECT_EQ(bare.Number(), row.number);
     EXPECT_EQ(bare.Description(), row.text);
-    const AutomationError detailed = Raised([&] { RaiseRuntimeError(row.error, "Speed"); });
+    const AutomationError detailed = RaisedRuntimeError([&] { RaiseRuntimeError(row.error, "Speed"); });
     EXPECT_EQ(detailed.Number(), row.number);
     EXPECT_EQ(detailed.Description(), std::string(row.text) + ": Speed");
   }
@@ -122,8 +122,8 @@ TEST(WithTrace, ReturnsWhatTheBodyReturnsAndMakesNoTraceThen) {
 
 TEST(WithTrace, WrapsAForeignErrorEitherWay) {
   for (const OwnErrors own : {OwnErrors::PassThrough, OwnErrors::Wrap}) {
-    const AutomationError error =
-        Raised([&] { WithTrace(own, TraceText, [] { RaiseRuntimeError(RuntimeError::TypeMismatch); }); });
+    const AutomationError error = RaisedRuntimeError(
+        [&] { WithTrace(own, TraceText, [] { RaiseRuntimeError(RuntimeError::TypeMismatch); }); });
     EXPECT_EQ(error.Number(), errInternal);
     EXPECT_EQ(error.Description(),
               "INTERNAL ERROR, please contact support. code13:Type mismatch\r\n"
@@ -132,7 +132,7 @@ TEST(WithTrace, WrapsAForeignErrorEitherWay) {
 }
 
 TEST(WithTrace, PassesAnOwnErrorThroughWhenToldSo) {
-  const AutomationError error = Raised([] {
+  const AutomationError error = RaisedRuntimeError([] {
     WithTrace(OwnErrors::PassThrough, TraceText, [] { RaiseDataError(errInvalidItemId, "WO00010"); });
   });
   EXPECT_EQ(error.Number(), errInvalidItemId);
@@ -140,7 +140,7 @@ TEST(WithTrace, PassesAnOwnErrorThroughWhenToldSo) {
 }
 
 TEST(WithTrace, WrapsAnOwnErrorWhenToldSo) {
-  const AutomationError error = Raised(
+  const AutomationError error = RaisedRuntimeError(
       [] { WithTrace(OwnErrors::Wrap, TraceText, [] { RaiseDataError(errInvalidItemId, "WO00010"); }); });
   EXPECT_EQ(error.Number(), errInternal);
   EXPECT_EQ(error.Description(),
@@ -149,7 +149,7 @@ TEST(WithTrace, WrapsAnOwnErrorWhenToldSo) {
 }
 
 TEST(WithTrace, WrapsACodeJustOutsideTheTable) {
-  const AutomationError error = Raised(
+  const AutomationError error = RaisedRuntimeError(
       [] { WithTrace(OwnErrors::PassThrough, TraceText, [] { RaiseDataError(errInvalidFormat + 1, ""); }); });
   EXPECT_EQ(error.Number(), errInternal);
 }

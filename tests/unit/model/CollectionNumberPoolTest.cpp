@@ -22,14 +22,14 @@ TEST(NumberPool, AnEmptyPoolOffersOne) {
 }
 
 // Each row: what is done to an empty pool (negative: released), the lowest free number then, and what is used.
-struct Row {
+struct PoolRow {
   std::vector<std::int32_t> steps;
   std::int32_t lowestFree;
   std::vector<std::int32_t> used;
 };
 
 TEST(NumberPool, OffersTheLowestNumberThatIsNotInUse) {
-  const std::vector<Row> rows{
+  const std::vector<PoolRow> rows{
       {{1}, 2, {1}},
       {{2}, 1, {2}},
       {{2, 1}, 3, {1, 2}},
@@ -56,7 +56,7 @@ TEST(NumberPool, OffersTheLowestNumberThatIsNotInUse) {
   };
   for (std::size_t k = 0; k < rows.size(); ++k) {
     SCOPED_TRACE("row " + std::to_string(k));
-    const Row& row = rows[k];
+    const PoolRow& row = rows[k];
     NumberPool pool;
     for (const std::int32_t step : row.steps) {
       if (step > 0)

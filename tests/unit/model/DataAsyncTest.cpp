@@ -6,10 +6,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-Variant Short(std::int16_t value) {
-  return {value};
-}
-
 class AsyncRequests : public DataFixture {
  protected:
   std::int32_t AsyncReadAll() {

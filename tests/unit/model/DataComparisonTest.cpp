@@ -26,10 +26,6 @@ class RefreshComparisons : public ChangeFixture {
   }
 };
 
-Variant Short(std::int16_t value) {
-  return {value};
-}
-
 Variant Numbers(SafeArray<std::int32_t> elements, std::int32_t lowerBound = 0) {
   elements.Rebase(lowerBound);
   return {std::move(elements)};

@@ -63,8 +63,9 @@ std::vector<std::pair<const char*, std::function<void(KELDataGroup&)>>> DataMeth
 TEST_F(RequestFailures, EveryMethodIsRefusedBeforeAnythingElseWhileTheServerIsNotRunning) {
   AddGroup({"WO1"});
   TakeSent();
-  for (const auto& [name, call] : DataMethods())
-    EXPECT_EQ(ErrorOf([&] { call(*group); }), "-2147221503: Invalid State: Server isn't running") << name;
+  for (const auto& method : DataMethods())
+    EXPECT_EQ(ErrorOf([&] { method.second(*group); }), "-2147221503: Invalid State: Server isn't running")
+        << method.first;
   plant->Advance(1s);
   EXPECT_THAT(TakeSent(), IsEmpty());
 }
@@ -72,17 +73,18 @@ TEST_F(RequestFailures, EveryMethodIsRefusedBeforeAnythingElseWhileTheServerIsNo
 TEST_F(RequestFailures, EveryMethodIsRefusedOnAServerThatWasNeverConfigured) {
   Plant fresh;
   const auto freshGroup = fresh.server->KELDataGroups()->Add();
-  for (const auto& [name, call] : DataMethods())
-    EXPECT_EQ(ErrorOf([&] { call(*freshGroup); }), "-2147221503: Invalid State: Server isn't running") << name;
+  for (const auto& method : DataMethods())
+    EXPECT_EQ(ErrorOf([&] { method.second(*freshGroup); }), "-2147221503: Invalid State: Server isn't running")
+        << method.first;
 }
 
 TEST_F(RequestFailures, EveryMethodOfAGroupWithoutServerRaisesAnInternalError) {
   Start();
   plant->server.reset();
-  for (const auto& [name, call] : DataMethods())
-    EXPECT_THAT(ErrorOf([&] { call(*group); }),
+  for (const auto& method : DataMethods())
+    EXPECT_THAT(ErrorOf([&] { method.second(*group); }),
                 StartsWith("-2147221490: INTERNAL ERROR, please contact support. code91:"))
-        << name;
+        << method.first;
 }
 
 TEST_F(RequestFailures, ABusySpoolerFailsTheCallAtOnceWithError1) {

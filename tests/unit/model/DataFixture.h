@@ -17,6 +17,11 @@
 
 namespace orvo::testing {
 
+// A value of 16 bits, as clients hand it over.
+inline Variant Short(std::int16_t value) {
+  return {value};
+}
+
 using Handles = SafeArray<std::int32_t>;
 using Values = SafeArray<Variant>;
 

@@ -8,10 +8,6 @@ using ::testing::IsEmpty;
 
 using SyncWrites = DataFixture;
 
-Variant Short(std::int16_t value) {
-  return {value};
-}
-
 TEST_F(SyncWrites, SendTheDeviceValuesAndStoreThemInTheItems) {
   Start();
   EXPECT_EQ(SyncWrite({1, 2, 3}, {Short(5), Short(6), "7"}), "[0,0,0]");

@@ -4,7 +4,7 @@
 namespace orvo::testing {
 namespace {
 
-struct Row {
+struct IntegerRow {
   const char* name;
   Variant value;
   const char* bit;
@@ -16,7 +16,7 @@ constexpr const char* No = "-";
 
 const Variant AnObject = std::shared_ptr<AutomationObject>();
 
-const std::vector<Row> Unsigned{
+const std::vector<IntegerRow> Unsigned{
     {"Empty", Variant(), "I4:0", "I4:0", "I4:0", "I4:0"},
     {"Null", Variant::Null(), "I4:0", "I4:0", "I4:0", "I4:0"},
     {"I2 0", I2(0), "I4:0", "I4:0", "I4:0", "I4:0"},
@@ -98,7 +98,7 @@ const std::vector<Row> Unsigned{
     {"Array of Variant", SafeArray<Variant>{I2(1)}, No, No, No, No},
 };
 
-const std::vector<Row> Signed{
+const std::vector<IntegerRow> Signed{
     {"Empty", Variant(), "I4:0", "I4:0", "I4:0", "I4:0"},
     {"Null", Variant::Null(), "I4:0", "I4:0", "I4:0", "I4:0"},
     {"I2 1", I2(1), "I4:1", "I4:1", "I4:1", "I4:1"},
@@ -137,8 +137,8 @@ const std::vector<Row> Signed{
     {"Bytes", Bytes({255, 255}), No, No, No, No},
 };
 
-void Check(const std::vector<Row>& rows, bool isSigned) {
-  for (const Row& row : rows) {
+void Check(const std::vector<IntegerRow>& rows, bool isSigned) {
+  for (const IntegerRow& row : rows) {
     const auto handedOn = [&](const char* itemId, std::int32_t words) {
       LooseItem loose(itemId, ItemTypeInteger, words);
       loose.item.PutSigned(isSigned);

@@ -11,8 +11,6 @@ namespace {
 
 using DriverAccess = SpoolerFixture;
 
-const std::string NotSet = "91: Object variable or With block variable not set";
-
 TEST_F(DriverAccess, TheDriverGetsTheSpoolerAsItsSink) {
   const auto second = std::make_shared<ScriptedDriver>();
   spooler->PutDataComm(second);

@@ -8,8 +8,6 @@ namespace {
 
 using EventSink = SpoolerFixture;
 
-const std::string NotSet = "91: Object variable or With block variable not set";
-
 TEST_F(EventSink, AReadCompletionCopiesValuesAndErrorsIntoTheRequestInFlight) {
   const auto request = Send(RT_ReadGroupItemsAsync);
   TakeJournal();

@@ -8,8 +8,6 @@ namespace {
 
 using SpoolerEnd = SpoolerFixture;
 
-const std::string NotSet = "91: Object variable or With block variable not set";
-
 TEST_F(SpoolerEnd, WhatWaitsIsInFlightOrIsFinishedEndsWithTheSpooler) {
   const std::int64_t before = AutomationObject::LiveCount();
   Finish(RT_ReadItemSync);

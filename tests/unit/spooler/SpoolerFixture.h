@@ -20,6 +20,8 @@
 
 namespace orvo::testing {
 
+inline const std::string NotSet = "91: Object variable or With block variable not set";
+
 // Addresses are ten times the handle, every item is one word long; questions with an order are in the journal.
 class FakeGroup final : public RequestGroup {
  public:

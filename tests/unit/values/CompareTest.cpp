@@ -15,7 +15,7 @@
 namespace orvo {
 namespace {
 
-constexpr double Infinite = std::numeric_limits<double>::infinity();
+constexpr double InfiniteDouble = std::numeric_limits<double>::infinity();
 constexpr std::int64_t LeastI8 = std::numeric_limits<std::int64_t>::min();
 constexpr std::int64_t MostI8 = std::numeric_limits<std::int64_t>::max();
 constexpr std::uint64_t MostUI8 = std::numeric_limits<std::uint64_t>::max();
@@ -25,15 +25,15 @@ Comparison Reverse(Comparison comparison) {
   return comparison == Comparison::Greater ? Comparison::Less : comparison;
 }
 
-struct Row {
+struct CompareRow {
   const char* name;
   Variant a;
   Variant b;
   Comparison expected;
 };
 
-void Check(const std::vector<Row>& rows) {
-  for (const Row& row : rows) {
+void CheckComparisons(const std::vector<CompareRow>& rows) {
+  for (const CompareRow& row : rows) {
     SCOPED_TRACE(row.name);
     const Variant a = row.a;
     const Variant b = row.b;
@@ -84,7 +84,7 @@ TEST(Compare, TakesNumbersOfAnyKindByTheirValue) {
 }
 
 TEST(Compare, EmptyEqualsZeroAndTheEmptyText) {
-  Check({
+  CheckComparisons({
       {"Empty", Variant(), Variant(), Comparison::Equal},
       {"0", Variant(), std::int16_t{0}, Comparison::Equal},
       {"0.0", Variant(), -0.0, Comparison::Equal},
@@ -101,7 +101,7 @@ TEST(Compare, EmptyEqualsZeroAndTheEmptyText) {
 }
 
 TEST(Compare, TakesTextsByTheirCodePointsAndExactCase) {
-  Check({
+  CheckComparisons({
       {"equal", "Speed", "Speed", Comparison::Equal},
       {"case", "Speed", "speed", Comparison::Less},
       {"prefix", "Speed", "Speed1", Comparison::Less},
@@ -118,7 +118,7 @@ TEST(Compare, TakesTextsByTheirCodePointsAndExactCase) {
 }
 
 TEST(Compare, TakesBooleansAsMinusOneAndZero) {
-  Check({
+  CheckComparisons({
       {"True and False", true, false, Comparison::Less},
       {"True and -1", true, std::int16_t{-1}, Comparison::Equal},
       {"True and 1", true, std::int16_t{1}, Comparison::Less},
@@ -131,7 +131,7 @@ TEST(Compare, TakesBooleansAsMinusOneAndZero) {
 
 TEST(Compare, IsExactWhereDoublesAreNot) {
   const Decimal most{0, false, 0xFFFFFFFF, MostUI8};
-  Check({
+  CheckComparisons({
       {"I8 just above a double", std::int64_t{9007199254740993}, 9007199254740992.0, Comparison::Greater},
       {"I8 equal to a double", std::int64_t{9007199254740992}, 9007199254740992.0, Comparison::Equal},
       {"largest I8", MostI8, 9223372036854775808.0, Comparison::Less},
@@ -160,13 +160,13 @@ TEST(Compare, IsExactWhereDoublesAreNot) {
 }
 
 TEST(Compare, TakesInfinitiesBeyondEveryNumber) {
-  Check({
-      {"I8", MostI8, Infinite, Comparison::Less},
-      {"I8 from below", LeastI8, -Infinite, Comparison::Greater},
-      {"UI8", MostUI8, Infinite, Comparison::Less},
-      {"decimal", Decimal{0, true, 0xFFFFFFFF, 0}, -Infinite, Comparison::Greater},
-      {"double", std::numeric_limits<double>::max(), Infinite, Comparison::Less},
-      {"itself", Infinite, Infinite, Comparison::Equal},
+  CheckComparisons({
+      {"I8", MostI8, InfiniteDouble, Comparison::Less},
+      {"I8 from below", LeastI8, -InfiniteDouble, Comparison::Greater},
+      {"UI8", MostUI8, InfiniteDouble, Comparison::Less},
+      {"decimal", Decimal{0, true, 0xFFFFFFFF, 0}, -InfiniteDouble, Comparison::Greater},
+      {"double", std::numeric_limits<double>::max(), InfiniteDouble, Comparison::Less},
+      {"itself", InfiniteDouble, InfiniteDouble, Comparison::Equal},
   });
 }
 
@@ -174,7 +174,7 @@ TEST(Compare, GivesLessForWhateverHasToDoWithNaN) {
   const Variant nan = std::nan("");
   const Variant others[] = {0.0,
                             1.0F,
-                            Infinite,
+                            InfiniteDouble,
                             std::int64_t{0},
                             MostUI8,
                             Currency{0},
@@ -218,7 +218,7 @@ TEST(Compare, RefusesArraysObjectsAndErrorsBesideOtherKinds) {
 }
 
 TEST(Compare, TakesTwoErrorValuesByTheirCodes) {
-  Check({
+  CheckComparisons({
       {"equal", ErrorCode{5}, ErrorCode{5}, Comparison::Equal},
       {"less", ErrorCode{-5}, ErrorCode{5}, Comparison::Less},
   });

@@ -25,12 +25,12 @@ static void PrintTo(const CivilTime& t, std::ostream* out) {
 
 namespace {
 
-struct Row {
+struct DateRow {
   double days;
   CivilTime civil;
   const char* text;
 };
-constexpr Row Rows[] = {
+constexpr DateRow DateRows[] = {
     {0, {1899, 12, 30, 0, 0, 0, 0}, "00:00:00"},
     {0.25, {1899, 12, 30, 6, 0, 0, 0}, "06:00:00"},
     {1, {1899, 12, 31, 0, 0, 0, 0}, "1899-12-31"},
@@ -52,7 +52,7 @@ constexpr Row Rows[] = {
 };
 
 TEST(Dates, AreCivilTimesAndTexts) {
-  for (const Row& row : Rows) {
+  for (const DateRow& row : DateRows) {
     SCOPED_TRACE(row.text);
     EXPECT_EQ(CivilFromDate(Date{row.days}), row.civil);
     EXPECT_EQ(DateText(Date{row.days}), row.text);

@@ -16,7 +16,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr double Infinite = std::numeric_limits<double>::infinity();
+constexpr double InfiniteNumber = std::numeric_limits<double>::infinity();
 
 struct LengthRow {
   const char* name;
@@ -255,10 +255,10 @@ const NumberRow NumberRows[] = {
     {"9007199254740993", 9007199254740992.0, true},
     {"1.7976931348623157e308", std::numeric_limits<double>::max(), true},
     {"4.9406564584124654e-324", std::numeric_limits<double>::denorm_min(), true},
-    {"1e309", Infinite, true},
-    {"-1e309", -Infinite, true},
-    {"1d99999999999999999999999", Infinite, true},
-    {"0.000001e400", Infinite, true},
+    {"1e309", InfiniteNumber, true},
+    {"-1e309", -InfiniteNumber, true},
+    {"1d99999999999999999999999", InfiniteNumber, true},
+    {"0.000001e400", InfiniteNumber, true},
     {"1e-400", 0, true},
     {"1000000e-400", 0, true},
     {"1e-99999999999999999999999", 0, true},
@@ -282,7 +282,7 @@ TEST(ParseDecimal, TakesTheWholeTextOrNothing) {
 }
 
 TEST(ParseDecimal, ReadsThousandsOfDigits) {
-  EXPECT_EQ(ParseDecimal(std::string(400, '9')), Infinite);
+  EXPECT_EQ(ParseDecimal(std::string(400, '9')), InfiniteNumber);
   EXPECT_EQ(ParseDecimal("0." + std::string(400, '0') + "1"), 0.0);
   EXPECT_EQ(ParseDecimal("0." + std::string(400, '0') + "1e10"), 0.0);
   EXPECT_EQ(ParseDecimal(std::string(5000, '0') + "7"), 7.0);
@@ -320,8 +320,8 @@ TEST(RoundToI4, RoundsHalvesToEvenWithin32Bits) {
 }
 
 TEST(RoundToI4, RefusesWhatIsOutside32Bits) {
-  const double outside[] = {2147483647.5, 2147483648.0, -2147483648.5000005, -2147483649.0, 1e300,
-                            -1e300,       Infinite,     -Infinite,           std::nan("")};
+  const double outside[] = {2147483647.5, 2147483648.0,   -2147483648.5000005, -2147483649.0, 1e300,
+                            -1e300,       InfiniteNumber, -InfiniteNumber,     std::nan("")};
   for (const double value : outside)
     EXPECT_EQ(RaisedNumber([&] { RoundToI4(value); }), 6) << value;
 }

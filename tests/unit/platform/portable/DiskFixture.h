@@ -15,7 +15,7 @@
 
 namespace orvo {
 
-class Disk : public testing::Test {
+class Disk : public ::testing::Test {
  protected:
   Disk() {
     std::string pattern = (std::filesystem::temp_directory_path() / "orvo-files-XXXXXX").string();
