@@ -72,7 +72,7 @@ FaultScene::FaultScene(const FaultSetup& setup) : setup_(setup) {
   if (setup.full) scripted.groupCapacity = 2;
   if (setup.status > 0) Server().SetDriverConfigurationFile("drivers.ini");
   if (setup.status > 0) MakeGroups();
-  if (setup.status > 1) OpenForTheFirstTime();
+  if (setup.status > 1 && !setup.fresh) OpenForTheFirstTime();
   driver->called.clear();
   driver->taken.clear();
   plant->driver->log.clear();

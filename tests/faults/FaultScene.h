@@ -20,6 +20,7 @@ struct FaultSetup {
   bool active = false;       // G is refreshed every 1000 ms; one refresh was delivered
   bool downloads = false;    // firmware and project are to be downloaded while opening
   bool full = false;         // the device holds two definitions, those of H and of a third group
+  bool fresh = false;        // communication was never open and nothing was read
 };
 
 // What can be seen, by name: "Status", "G.Active", "G.a.DATAValue".
