@@ -6,8 +6,6 @@ namespace orvo::testing {
 
 namespace {
 
-constexpr std::int32_t LastId = 999;
-
 QueueModel::Event EventOf(std::int32_t kind) {
   using Event = QueueModel::Event;
   switch (kind) {
@@ -48,7 +46,7 @@ bool QueueModel::IsWholeGroup(std::int32_t kind) noexcept {
 }
 
 std::optional<std::int32_t> QueueModel::Add(std::int32_t kind, std::size_t items) {
-  const std::int32_t id = nextId_ > LastId ? 1 : nextId_;
+  const std::int32_t id = NextId();
   // One outstanding id alone is looked at, the first of these.
   const Request* oldest = nullptr;
   if (!deliveries_.empty())

@@ -22,6 +22,7 @@ namespace orvo::testing {
 class QueueModel {
  public:
   static constexpr std::int32_t NotSent = 99;
+  static constexpr std::int32_t LastId = 999;
 
   struct Request {
     std::int32_t id = 0;                   // 1..999
@@ -97,6 +98,8 @@ class QueueModel {
   std::size_t Waiting() const noexcept { return requests_.size(); }
   std::size_t Finished() const noexcept { return deliveries_.size(); }
   bool IsOutstanding(std::int32_t id) const;
+  // The id that the next request gets.
+  std::int32_t NextId() const noexcept { return nextId_ > LastId ? 1 : nextId_; }
   bool IsMarkedCancelled(std::int32_t id) const { return cancelled_.count(id) != 0; }
   std::int64_t Answers() const noexcept { return answers_; }
 
