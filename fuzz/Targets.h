@@ -5,6 +5,8 @@
 
 namespace orvo::fuzz {
 
+// The argument list of a call by name.
+void Arguments(InputReader& input);
 // A text as driver configuration file: sections, keys, and the server's choice of driver and device.
 void DriverConfiguration(InputReader& input);
 // A text as saved configuration: load, check, save, load again.
