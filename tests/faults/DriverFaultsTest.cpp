@@ -66,8 +66,8 @@ TEST(DriverFaults, HaveTheirDocumentedEffectAndAreOverAfterwards) {
         ADD_FAILURE() << pair.operation << (pair.nth != 0 ? " #" + std::to_string(pair.nth) : "")
                       << " fails with " << failure.name << " in " << pair.call << ":" << wrong;
     }
-  EXPECT_EQ(rows, FaultPairs().size() * 15);
-  EXPECT_EQ(rows, 3255U);
+  EXPECT_EQ(rows, FaultPairs().size() * 12);
+  EXPECT_EQ(rows, 2604U);
 }
 
 using Reached = std::set<std::pair<std::string, std::string>>;

@@ -1,5 +1,6 @@
 #include "faults/PublicCalls.h"
 
+#include <map>
 #include <stdexcept>
 #include <utility>
 
@@ -278,9 +279,15 @@ const std::vector<PublicCall>& PublicCalls() {
 }
 
 const PublicCall& PublicCallNamed(const std::string& name) {
-  for (const PublicCall& call : PublicCalls())
-    if (call.name == name) return call;
-  throw std::logic_error("no public call is named '" + name + "'");
+  static const std::map<std::string, const PublicCall*> byName = [] {
+    std::map<std::string, const PublicCall*> map;
+    for (const PublicCall& call : PublicCalls())
+      map.emplace(call.name, &call);
+    return map;
+  }();
+  const auto found = byName.find(name);
+  if (found == byName.end()) throw std::logic_error("no public call is named '" + name + "'");
+  return *found->second;
 }
 
 }  // namespace orvo::testing
