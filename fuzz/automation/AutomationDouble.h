@@ -2,7 +2,7 @@
 // alive.
 #pragma once
 
-#include <windows.h>
+#include <AutomationTypes.h>
 
 #include <cstdint>
 #include <functional>

@@ -1,4 +1,4 @@
-// Of the double of the automation types: everything is in windows.h.
+// Of the double of the automation types: everything is in AutomationTypes.h.
 #pragma once
 
-#include <windows.h>
+#include <AutomationTypes.h>

@@ -14,6 +14,7 @@
 #include "Targets.h"
 #include "Values.h"
 #include "automation/AutomationDouble.h"
+#include "automation/CallerMemory.h"
 #include "com/ArgumentList.h"
 #include "com/VariantCodec.h"
 #include "values/VariantConversion.h"
@@ -35,100 +36,6 @@ constexpr std::array<VARTYPE, 9> ScalarTypes{VT_I2,   VT_I4,   VT_R4,   VT_R8, V
 constexpr std::array<VARTYPE, 5> ParameterTypes{VT_I4, VT_R8, VT_BSTR, VT_BOOL, VT_VARIANT};
 constexpr std::array<VARTYPE, 6> ElementTypes{VT_I4, VT_VARIANT, VT_R8, VT_UI1, VT_I2, VT_BSTR};
 constexpr std::size_t MostParameters = 4;
-
-// Everything that a caller owns, behind pointers that stay where they are.
-class CallerMemory {
- public:
-  CallerMemory() = default;
-  CallerMemory(const CallerMemory&) = delete;
-  CallerMemory& operator=(const CallerMemory&) = delete;
-  ~CallerMemory() {
-    for (VARIANT& variable : variables_)
-      VariantClear(&variable);
-    for (Cell& cell : cells_)
-      VariantClear(&cell.value);
-    for (ScriptArrayDouble* object : objects_)
-      object->Release();
-  }
-
-  VARIANT& Variable(const VARIANT& content) { return variables_.emplace_back(content); }
-  // A typed variable that holds `content`; the pointer to it is a reference of its type.
-  void* Typed(const VARIANT& content) {
-    Cell& cell = cells_.emplace_back();
-    cell.value = content;
-    return V_VT(&content) == VT_DECIMAL ? static_cast<void*>(&V_DECIMAL(&cell.value))
-                                        : static_cast<void*>(&V_I8(&cell.value));
-  }
-  ScriptArrayDouble& Script(std::vector<VARIANT>& elements, bool isExtended) {
-    objects_.push_back(new ScriptArrayDouble(elements, isExtended));
-    return *objects_.back();
-  }
-
- private:
-  struct Cell {
-    VARIANT value;
-  };
-  std::deque<VARIANT> variables_;
-  std::deque<Cell> cells_;
-  std::vector<ScriptArrayDouble*> objects_;
-};
-
-VARIANT Fresh(const Variant& value) {
-  VARIANT fresh;
-  com::PutFresh(value, &fresh);
-  return fresh;
-}
-
-// A value as the core has it: references followed, script arrays as arrays of values.
-Variant Read(const VARIANT& value) {
-  const VARIANT& behind = com::Dereferenced(value);
-  IDispatch* object = nullptr;
-  if (V_VT(&behind) == VT_DISPATCH) object = V_DISPATCH(&behind);
-  if (V_VT(&behind) == (VT_BYREF | VT_DISPATCH) && V_BYREF(&behind) != nullptr)
-    object = *V_DISPATCHREF(&behind);
-  if (object == nullptr) return com::ValueOf(behind);
-  auto& values = static_cast<ScriptArrayDouble*>(object)->Values();
-  std::vector<Variant> elements;
-  const std::int32_t length = ToI4(com::ValueOf(values[L"length"]));
-  for (std::int32_t k = 0; k < length; ++k) {
-    const auto found = values.find(std::to_wstring(k));
-    elements.push_back(found == values.end() ? Variant() : Read(found->second));
-  }
-  return SafeArray<Variant>(std::move(elements));
-}
-
-bool IsMissing(const VARIANT& value) {
-  const VARIANT& behind = com::Dereferenced(value);
-  return V_VT(&behind) == VT_ERROR && V_ERROR(&behind) == DISP_E_PARAMNOTFOUND;
-}
-
-// Like Read, but what cannot be read is a text that says so.
-Variant ReadOrWhy(const VARIANT& value) {
-  Variant read;
-  const std::int32_t number = NumberOf([&] { read = Read(value); });
-  return number == 0 ? read : Variant("unreadable: " + std::to_string(number));
-}
-
-// Not a number is the same as itself here.
-bool IsSame(const Variant& a, const Variant& b) {
-  if (a.IsArray() != b.IsArray() || a.Kind() != b.Kind()) return false;
-  if (!a.IsArray()) return a == b || (!(a == a) && !(b == b));
-  if (a.ElementCount() != b.ElementCount() || a.LowerBound() != b.LowerBound()) return false;
-  for (std::size_t k = 0; k < a.ElementCount(); ++k)
-    if (!IsSame(a.ElementAt(k), b.ElementAt(k))) return false;
-  return true;
-}
-
-// The elements, whatever the bounds and the kind of the array.
-bool HasSameElements(const Variant& a, const Variant& b) {
-  if (!a.IsArray() || !b.IsArray() || a.ElementCount() != b.ElementCount()) return false;
-  for (std::size_t k = 0; k < a.ElementCount(); ++k) {
-    const Variant left = a.ElementAt(k);
-    const Variant right = b.ElementAt(k);
-    if (left.IsArray() && right.IsArray() ? !HasSameElements(left, right) : !IsSame(left, right)) return false;
-  }
-  return true;
-}
 
 class Call {
  public:
@@ -495,7 +402,7 @@ void Call::CheckGivenBack(std::size_t place) const {
     Demand(IsSame(now, ChangeKind(wanted, now.Kind())),
            "a typed variable gets the value that was written, converted",
            [&] { return Shown(wanted) + " came back as " + Shown(now); });
-  } else if ((given.isTyped || given.isScript) && wanted.IsArray()) {
+  } else if ((given.isTyped || (given.isScript && declared.isArray)) && wanted.IsArray()) {
     Demand(now.IsArray() && now.ElementCount() == wanted.ElementCount(),
            "an array variable gets the array that was written",
            [&] { return Shown(wanted) + " came back as " + Shown(now); });
