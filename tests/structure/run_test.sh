@@ -70,13 +70,17 @@ go "$project/run" release x64 "x 86"
 same "a release is made by its own command" "<release><x64><x 86> 9" "$output $status"
 go "$project/run" release
 same "a release of everything" "<release> 9" "$output $status"
-stub "$project/tools/release/package" <<'STUB'
-printf '<package>'
-[ $# -eq 0 ] || printf '<%s>' "$@"
+for row in package:tools/release/package bench:bench/run soak:tests/simulation/soak fuzz:fuzz/run; do
+  name=${row%%:*}
+  mkdir -p "$(dirname "$project/${row#*:}")"
+  stub "$project/${row#*:}" <<STUB
+printf '<$name>'
+[ \$# -eq 0 ] || printf '<%s>' "\$@"
 exit 8
 STUB
-go "$project/run" package
-same "a package is made by its own command" "<package> 8" "$output $status"
+  go "$project/run" "$name" "a b"
+  same "$name is a command of its own" "<$name><a b> 8" "$output $status"
+done
 go "$project/run" read release
 same "release as an argument is orvo's" "<read><release> 7" "$output $status"
 
