@@ -164,7 +164,7 @@ PlantOracle::SyncEnd PlantOracle::SyncEnds() {
 }
 
 void PlantOracle::ClockRead(float seconds) {
-  if (!sync_ || sync_->number == 0 || !frames_.empty() || sync_->timedOut) return;
+  if (!sync_ || sync_->number == 0 || depth_ != 0 || sync_->timedOut) return;
   if (!std::exchange(sync_->clockStarted, true)) sync_->start = seconds;
   if (seconds - sync_->start <= LongestWait) return;
   sync_->timedOut = true;
@@ -174,7 +174,9 @@ void PlantOracle::ClockRead(float seconds) {
 // --- Ticks.
 
 void PlantOracle::TickBegins(std::int32_t timerId) {
-  Frame& frame = frames_.emplace_back();
+  if (frames_.size() == depth_) frames_.push_back(std::make_unique<Frame>());
+  Frame& frame = *frames_[depth_++];
+  frame.kind = Frame::Kind::Other;
   frame.timer = timerId;
   if (spoolerTimers_.count(timerId) != 0) {
     frame.kind = Frame::Kind::Spooler;
@@ -191,11 +193,16 @@ void PlantOracle::TickBegins(std::int32_t timerId) {
 }
 
 void PlantOracle::TickEnds(std::int32_t timerId) {
-  Frame& frame = frames_.back();
+  Frame& frame = *Top();
   Require(frame.timer == timerId, "ticks do not nest");
   if (frame.kind == Frame::Kind::Spooler) EndSpoolerFrame(frame);
   if (frame.kind == Frame::Kind::Group) EndGroupFrame(frame);
-  frames_.pop_back();
+  // Only what was used has to be made new.
+  if (frame.expected.event != GroupEvent::None || frame.sent || frame.group)
+    frame = Frame();
+  else
+    frame.jobDone = frame.mustRefresh = frame.refreshed = frame.definitionRefused = false;
+  --depth_;
 }
 
 void PlantOracle::DoJob(Frame& frame) {
@@ -270,8 +277,8 @@ void PlantOracle::EndGroupFrame(const Frame& frame) {
 }
 
 void PlantOracle::GroupTransferAsked() {
-  if (frames_.empty() || frames_.back().kind != Frame::Kind::Group) return;
-  Frame& frame = frames_.back();
+  if (depth_ == 0 || Top()->kind != Frame::Kind::Group) return;
+  Frame& frame = *Top();
   MirrorGroup& group = *frame.group;
   Require(!frame.refreshed, "a tick refreshed its group twice");
   Require(group.active && group.timer == frame.timer, "a group is refreshed that is not active");
@@ -292,17 +299,17 @@ void PlantOracle::GroupTransferAsked() {
 
 void PlantOracle::GroupDefined(bool taken) {
   ++(taken ? definitions_ : refusedDefinitions_);
-  if (!taken && !frames_.empty()) frames_.back().definitionRefused = true;
+  if (!taken && depth_ != 0) Top()->definitionRefused = true;
 }
 
 // --- Calls and answers.
 
 PlantOracle::Frame* PlantOracle::CallFrame(const Asked*& asked) {
-  if (frames_.empty() || frames_.back().kind != Frame::Kind::Spooler) {
+  if (SpoolerFrame() == nullptr) {
     Fail("the panel is called outside of a spooler's tick");
     return nullptr;
   }
-  Frame& frame = frames_.back();
+  Frame& frame = *Top();
   DoJob(frame);
   if (!frame.sent || frame.called) {
     Fail("the panel is called although nothing is to be sent");

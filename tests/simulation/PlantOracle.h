@@ -15,7 +15,6 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <memory>
 #include <optional>
@@ -193,6 +192,8 @@ class PlantOracle final : public PlatformListener, public PanelObserver {
   void EndSpoolerFrame(Frame& frame);
   void EndGroupFrame(const Frame& frame);
   // The frame that may call the panel now for what the model sent; null, and a failure, when there is none.
+  Frame* Top() { return depth_ == 0 ? nullptr : frames_[depth_ - 1].get(); }
+  Frame* SpoolerFrame() { return depth_ != 0 && Top()->kind == Frame::Kind::Spooler ? Top() : nullptr; }
   Frame* CallFrame(const Asked*& asked);
   // The request in flight when its answer can be judged by the panel's memory.
   const Asked* Judged();
@@ -235,7 +236,9 @@ class PlantOracle final : public PlatformListener, public PanelObserver {
   std::vector<GroupPointer>* groups_ = nullptr;
   bool open_ = false;
   std::set<std::int32_t> spoolerTimers_;
-  std::deque<Frame> frames_;
+  // Used again and again: most ticks have nothing to do.
+  std::vector<std::unique_ptr<Frame>> frames_;
+  std::size_t depth_ = 0;
   std::map<std::int64_t, Request> requests_;  // by the model's numbers
   std::map<std::int64_t, Answer> answers_;    // by the model's counting of completions
   std::int64_t remembered_ = 0;

@@ -200,9 +200,8 @@ void PlantOracle::EventTold(const ToldEvent& told) {
   ++totals_.eventsTold;
   Note("told", static_cast<std::int64_t>(told.event), told.transactionId,
        static_cast<std::int64_t>(told.handles.Size()));
-  if (frames_.empty() || frames_.back().kind != Frame::Kind::Spooler)
-    return Fail("an event comes outside of a spooler's tick");
-  Frame& frame = frames_.back();
+  if (SpoolerFrame() == nullptr) return Fail("an event comes outside of a spooler's tick");
+  Frame& frame = *Top();
   DoJob(frame);
   Expected& expected = frame.expected;
   if (expected.event != told.event || expected.group != told.group)

@@ -96,8 +96,8 @@ void PlantSimulation::Step() {
       {20, &PlantSimulation::WrongCall},     {40, &PlantSimulation::Fault},
       {30, &PlantSimulation::CutOrMendLink}, {30, &PlantSimulation::ItemFault},
       {8, &PlantSimulation::RestartPanel},   {10, &PlantSimulation::LateTick},
-      {14, &PlantSimulation::Close},         {3, &PlantSimulation::RestartServer},
-      {1, &PlantSimulation::Flood},
+      {14, &PlantSimulation::Close},         {1, &PlantSimulation::RestartServer},
+      {2, &PlantSimulation::Burst},
   };
   static const std::vector<Action> closed = {
       {30, &PlantSimulation::AddGroup},     {10, &PlantSimulation::RemoveGroup},
@@ -107,7 +107,7 @@ void PlantSimulation::Step() {
       {20, &PlantSimulation::ChangeRate},   {10, &PlantSimulation::Connect},
       {20, &PlantSimulation::Inspect},      {20, &PlantSimulation::WrongCall},
       {10, &PlantSimulation::LateTick},     {10, &PlantSimulation::RestartPanel},
-      {5, &PlantSimulation::RestartServer}, {120, &PlantSimulation::Open},
+      {2, &PlantSimulation::RestartServer}, {120, &PlantSimulation::Open},
   };
   PassTime();
   MoveMemory(false);
@@ -137,7 +137,7 @@ void PlantSimulation::PassTime() {
     return;
   }
   // Bursts of clients, and rests between them.
-  time.Advance(std::chrono::milliseconds(dice_.Chance(350) ? dice_.Below(40) : dice_.Below(4500)));
+  time.Advance(std::chrono::milliseconds(dice_.Chance(300) ? dice_.Below(40) : dice_.Below(6500)));
   if (IsOpen())
     oracle_->Require(time.Now() - oracle_->LastSpoolerTick() < 100ms, "the spooler's timer has stopped");
 }

@@ -91,7 +91,7 @@ class PlantSimulation {
   void AsyncWrite();
   void AsyncWriteAll();
   void Cancel();
-  void Flood();
+  void Burst();
   void WrongCall();
   void Inspect();
   void ActInsideEvent();

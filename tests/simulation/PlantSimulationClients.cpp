@@ -294,12 +294,13 @@ void PlantSimulation::Cancel() {
   OneOf(groups_)->core->AsyncCancel(id);
 }
 
-// More requests at once than there are ids.
-void PlantSimulation::Flood() {
+// Many requests at once; now and then more than there are ids.
+void PlantSimulation::Burst() {
   const GroupPointer group = AnyGroup();
   if (!group) return;
   const ItemPointer item = OneOf(group->items);
-  for (int k = 0; k < FloodedRequests && !oracle_->HasFailed(); ++k)
+  const int requests = dice_.Chance(100) ? FloodedRequests : dice_.Between(10, 60);
+  for (int k = 0; k < requests && !oracle_->HasFailed(); ++k)
     Async({1, group, {item}, {}, {}}, [&](std::int32_t& id) { group->core->AsyncRead({item->handle}, id); });
 }
 

@@ -65,7 +65,7 @@ void PlantSimulation::NoteTimer(MirrorGroup& group) {
 void PlantSimulation::ChangeRate() {
   if (groups_.empty()) return;
   MirrorGroup& group = *OneOf(groups_);
-  const std::int32_t rate = dice_.Chance(100) ? dice_.Between(60, 400) : 100 * dice_.Between(10, 150);
+  const std::int32_t rate = dice_.Chance(40) ? dice_.Between(60, 600) : 100 * dice_.Between(15, 250);
   if (group.timer >= 0) timers_.push_back(group.timer);
   group.rate = rate;
   group.core->PutUpdateRate(rate);
@@ -137,7 +137,7 @@ void PlantSimulation::AddGroup() {
   group->name = "Group " + std::to_string(++names_);
   group->core = server_->KELDataGroups()->Add(Variant(group->name));
   group->handle = group->core->Handle();
-  group->rate = 100 * dice_.Between(10, 150);
+  group->rate = 100 * dice_.Between(15, 250);
   group->core->PutUpdateRate(group->rate);
   group->subscribed = dice_.Chance(800);
   group->core->PutSubscribed(group->subscribed);

@@ -107,7 +107,7 @@ int Soak(const SoakOptions& options) {
     Add(sum, result);
     sum.hash = result.hash;
     if (!result.failure.empty()) {
-      std::printf("%sseed %llu FAILED: %s\nreplay: orvo_soak --seed %llu --hours %g\n",
+      std::printf("%sseed %llu FAILED: %s\nreplay: ./run soak --seed %llu --hours %g\n",
                   alone ? "" : result.tail.c_str(), static_cast<unsigned long long>(seed),
                   result.failure.c_str(), static_cast<unsigned long long>(seed), options.hours);
       return 1;
