@@ -22,14 +22,16 @@ SafeArray<T> ByIndex(const KELDataItems& items, const SafeArray<std::int32_t>& h
   // kept: positions are counted with a 16-bit index.
   if (handles.UpperBound() > std::numeric_limits<std::int16_t>::max())
     RaiseRuntimeError(RuntimeError::Overflow);
-  SafeArray<T> facts(static_cast<std::size_t>(std::max(0, handles.UpperBound() + 1)));
-  std::int32_t index = handles.LowerBound();
+  std::vector<T> facts(static_cast<std::size_t>(std::max(0, handles.UpperBound() + 1)));
+  std::int64_t index = handles.LowerBound();
   for (const std::int32_t handle : handles.View()) {
-    if (const std::shared_ptr<KELDataItem> item = items.FindAsOf(handle, itemsEpoch))
-      facts.Put(index, fact(*item));
+    if (const KELDataItem* item = items.PeekAsOf(handle, itemsEpoch)) {
+      if (index < 0) RaiseRuntimeError(RuntimeError::SubscriptOutOfRange);
+      facts[static_cast<std::size_t>(index)] = fact(*item);
+    }
     ++index;
   }
-  return facts;
+  return SafeArray<T>(std::move(facts));
 }
 
 }  // namespace
@@ -183,6 +185,7 @@ void KELDataGroup::Refresh() {
 // A position that now belongs to another item has no previous value.
 void KELDataGroup::NoteRefreshHandles(const SafeArray<std::int32_t>& handles) {
   refreshValues_.resize(handles.Size());
+  if (refreshHandles_ == handles) return;
   for (std::size_t k = 0; k < handles.Size(); ++k)
     if (k >= refreshHandles_.Size() || refreshHandles_.View()[k] != handles.View()[k])
       refreshValues_[k] = Variant();

@@ -108,7 +108,8 @@ class KELDataGroup final : public AutomationObject, public RequestGroup {
   // The guard of all reads and writes, for callers that look at their arguments first: errInvalidState "Server
   // isn't running" unless communication is open.
   void RequireRunning() const;
-  // The server, or error 91 when it is gone.
+  // The server, or null; or error 91 when it is gone.
+  std::shared_ptr<ModelServer> Server() const noexcept { return server_.lock(); }
   std::shared_ptr<ModelServer> RequireServer() const;
   void SetHandle(std::int32_t handle) noexcept { handle_ = handle; }
   void SetGroupName(std::string name) { groupName_ = std::move(name); }
@@ -161,7 +162,7 @@ class KELDataGroup final : public AutomationObject, public RequestGroup {
                                        const SafeArray<Variant>& rawValues);
   SafeArray<std::int32_t> StoreWritten(const DataRequest& request, const SafeArray<std::int32_t>& handles);
   SafeArray<std::int32_t> StoreWrittenAll(const DataRequest& request, const SafeArray<std::int32_t>& handles);
-  static Variant Converted(KELDataItem& item, std::int32_t& error);
+  static Variant Converted(KELDataItem& item, ModelServer* server, std::int32_t& error);
   ReadOut UnpackAll(const DataRequest& request, bool stampTime);
   void WriteItems(const SafeArray<std::int32_t>& Handles, const SafeArray<Variant>& USERValues,
                   SafeArray<std::int32_t>& Errors);

@@ -30,13 +30,14 @@ void KELDataGroup::RequireRunning() const {
 
 void KELDataGroup::RequireHandles(const SafeArray<std::int32_t>& handles) {
   for (const std::int32_t handle : handles.View())
-    if (!items_.Find(handle)) items_.Item(handle);
+    if (items_.Peek(handle) == nullptr) items_.Item(handle);
 }
 
 // The item's client value; Empty, and its error when there is none yet, when the raw value cannot be converted.
-Variant KELDataGroup::Converted(KELDataItem& item, std::int32_t& error) {
+// The caller holds the item, its group and the server (null when it is gone).
+Variant KELDataGroup::Converted(KELDataItem& item, ModelServer* server, std::int32_t& error) {
   try {
-    return item.ClientValue();
+    return item.HeldClientValue(server);
   } catch (...) {
     if (error == 0) error = CaughtError().Number();
     return {};
@@ -75,16 +76,15 @@ void KELDataGroup::SyncRead(const SafeArray<std::int32_t>& Handles, SafeArray<Va
         std::vector<std::int32_t> errors(handles.Size());
         for (std::size_t k = 0; k < handles.Size(); ++k) {
           errors[k] = results.Error(k);
-          values[k] = results.Value(k);
-          if (errors[k] != 0) continue;
-          const std::shared_ptr<KELDataItem> item = items_.FindAsOf(handles.View()[k], request->ItemsEpoch());
-          if (!item) {  // removed by a handler that ran during the wait
-            values[k] = Variant();
+          if (errors[k] != 0) {
+            values[k] = results.Value(k);
             continue;
           }
+          const std::shared_ptr<KELDataItem> item = items_.FindAsOf(handles.View()[k], request->ItemsEpoch());
+          if (!item) continue;  // removed by a handler that ran during the wait
           item->SetDATAValue(results.Value(k));
           item->SetTimeStamp(now);
-          values[k] = Converted(*item, errors[k]);
+          values[k] = Converted(*item, server.get(), errors[k]);
         }
         Values = SafeArray<Variant>(std::move(values), CallersBound(Values, handles));
         Errors = SafeArray<std::int32_t>(std::move(errors), handles.LowerBound());
@@ -119,7 +119,7 @@ void KELDataGroup::SyncReadAll(SafeArray<std::int32_t>& Handles, SafeArray<Varia
           if (!item || !results.HasValue(k)) continue;  // an item that nothing was read for keeps its value
           // kept: unlike SyncRead, neither looks at the item's error nor sets its time stamp.
           item->SetDATAValue(results.Value(k));
-          values[k] = Converted(*item, errors[k]);
+          values[k] = Converted(*item, server.get(), errors[k]);
         }
         Handles = handles;
         USERValues = SafeArray<Variant>(std::move(values));

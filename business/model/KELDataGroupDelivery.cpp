@@ -19,11 +19,12 @@ bool ScalarsDiffer(const Variant& earlier, const Variant& now) {
 
 // Whether two raw values of the same item differ, the earlier one being the measure.
 bool Differ(const Variant& earlier, const Variant& now) {
+  if (earlier.IsByteArray() && now.IsByteArray())  // what drivers bring
+    return earlier.LowerBound() != now.LowerBound() || !std::ranges::equal(earlier.Bytes(), now.Bytes());
   if (earlier.IsEmpty()) return true;
   if (!earlier.IsArray()) return ScalarsDiffer(earlier, now);
   if (!now.IsArray() || earlier.UpperBound() != now.UpperBound() || earlier.LowerBound() != now.LowerBound())
     return true;
-  if (earlier.IsByteArray() && now.IsByteArray()) return !std::ranges::equal(earlier.Bytes(), now.Bytes());
   for (std::size_t k = 0; k < earlier.ElementCount(); ++k)
     if (ScalarsDiffer(earlier.ElementAt(k), now.ElementAt(k))) return true;
   return false;
@@ -39,26 +40,29 @@ void KELDataGroup::DeliverAsyncRead(const DataRequest& request) {
   const SafeArray<std::int32_t> handles = request.Handles();
   const ReadResults results(request, handles.Size());
   const Date now = platform_.LocalNow();
-  SafeArray<Variant> values(handles.Size(), handles.LowerBound());
-  SafeArray<std::int32_t> errors(handles.Size(), handles.LowerBound());
+  const std::shared_ptr<ModelServer> server = Server();
+  std::vector<Variant> values(handles.Size());
+  std::vector<std::int32_t> errors(handles.Size());
   for (std::size_t k = 0; k < handles.Size(); ++k) {
-    std::int32_t error = results.Error(k);
+    errors[k] = results.Error(k);
     if (const std::shared_ptr<KELDataItem> item = items_.FindAsOf(handles.View()[k], request.ItemsEpoch())) {
       item->SetDATAValue(results.Value(k));
       item->SetTimeStamp(now);
-      values.Edit()[k] = Converted(*item, error);
+      values[k] = Converted(*item, server.get(), errors[k]);
     }
-    errors.Edit()[k] = error;
   }
   lastUseTick_ = platform_.TickCount();
+  const SafeArray<Variant> userValues(std::move(values), handles.LowerBound());
+  const SafeArray<std::int32_t> itemErrors(std::move(errors), handles.LowerBound());
   Raise([&](KELDataGroupEvents& sink) {
-    sink.AsyncReadComplete(request.TransactionId(), handles, values, errors);
+    sink.AsyncReadComplete(request.TransactionId(), handles, userValues, itemErrors);
   });
 }
 
 KELDataGroup::ReadOut KELDataGroup::UnpackAll(const DataRequest& request, bool stampTime) {
   const SafeArray<std::uint8_t> buffer = request.Buffer();
   const Date now = platform_.LocalNow();
+  const std::shared_ptr<ModelServer> server = Server();
   ReadOut out;
   // Handle, value and error of an item go in together: a conversion can come back in and change the items.
   items_.Walk([&](KELDataItem& item) {
@@ -68,7 +72,7 @@ KELDataGroup::ReadOut KELDataGroup::UnpackAll(const DataRequest& request, bool s
     if (error == 0) {
       item.SetDATAValue(item.ExtractFromBuffer(buffer.View()));
       if (stampTime) item.SetTimeStamp(now);
-      value = Converted(item, error);
+      value = Converted(item, server.get(), error);
     }
     out.handles.Append(handle);
     out.values.Append(std::move(value));
@@ -151,13 +155,14 @@ void KELDataGroup::DeliverDataChange(const DataRequest& request) {
   const SafeArray<std::int32_t> handles = request.Handles();
   const ReadResults results(request, handles.Size());
   const Date now = platform_.LocalNow();
+  const std::shared_ptr<ModelServer> server = Server();
   Changes changes;
   if (!results.RequestFailed()) {
     for (std::size_t k = 0; k < handles.Size(); ++k) {
       const std::int32_t handle = handles.View()[k];
-      const std::shared_ptr<KELDataItem> item = items_.FindAsOf(handle, request.ItemsEpoch());
       const Variant& value = results.Value(k);
-      if (!RefreshValueChanged(k, value, item.get())) continue;
+      if (!RefreshValueChanged(k, value, items_.PeekAsOf(handle, request.ItemsEpoch()))) continue;
+      const std::shared_ptr<KELDataItem> item = items_.FindAsOf(handle, request.ItemsEpoch());
       // The group can have been made inactive and active again meanwhile, which forgets the values, even by a
       // conversion in this loop.
       if (refreshValues_.size() <= k) refreshValues_.resize(handles.Size());
@@ -168,7 +173,7 @@ void KELDataGroup::DeliverDataChange(const DataRequest& request) {
         item->SetDATAValue(value);
         item->SetTimeStamp(now);
         std::int32_t error = 0;
-        client = Converted(*item, error);
+        client = Converted(*item, server.get(), error);
       }
       changes.handles.push_back(handle);
       changes.values.push_back(std::move(client));
@@ -180,16 +185,18 @@ void KELDataGroup::DeliverDataChange(const DataRequest& request) {
 void KELDataGroup::DeliverDataChangeAll(const DataRequest& request) {
   const SafeArray<std::uint8_t> buffer = request.Buffer();
   const Date now = platform_.LocalNow();
+  const std::shared_ptr<ModelServer> server = Server();
   Changes changes;
   if (request.Error() == 0) {
-    items_.Walk([&](KELDataItem& item) {
+    const auto mayHaveChanged = [&](const KELDataItem& item) { return !item.IsSurelySameIn(buffer.View()); };
+    items_.Walk(mayHaveChanged, [&](KELDataItem& item) {
       Variant raw = item.ExtractFromBuffer(buffer.View());
       if (!item.TakeChange(raw)) return false;
       item.SetDATAValue(std::move(raw));
       item.SetTimeStamp(now);
       std::int32_t error = 0;
       changes.handles.push_back(item.Handle());
-      changes.values.push_back(Converted(item, error));
+      changes.values.push_back(Converted(item, server.get(), error));
       return false;
     });
   }

@@ -114,6 +114,8 @@ class KELDataItem final : public AutomationObject, public RequestItem {
   // USERValue without a trace: failures are raised as they are.
   // `steps`, which may be null, gets what it passed through.
   Variant ClientValue(ClientValueSteps* steps = nullptr);
+  // The same for a caller that holds the item, its group and the server; null: the server is gone.
+  Variant HeldClientValue(ModelServer* server) { return Converted(server, nullptr); }
   // The value to be converted and written for a client value, or an error (5, 6, 13, 94) when the item refuses
   // it.
   Variant CheckClientValue(const Variant& value) const;
@@ -126,18 +128,22 @@ class KELDataItem final : public AutomationObject, public RequestItem {
   void StoreIntoBuffer(const Variant& raw, std::span<std::uint8_t> buffer) const;
   // Whether a raw value taken from a group's buffer differs from DATAValue. After a write it does once.
   bool TakeChange(const Variant& raw);
+  // True when TakeChange of what the buffer holds would answer false, judged from the bytes alone; false also
+  // when that takes a closer look. What a refresh asks of every item.
+  bool IsSurelySameIn(std::span<const std::uint8_t> buffer) const noexcept;
 
  private:
   std::shared_ptr<ModelServer> RunningServer() const;
   void DecodeBytes();
-  Variant ExtractedNumber(ClientValueSteps* steps);
-  Variant ClientInteger(ClientValueSteps* steps);
+  Variant Converted(ModelServer* server, ClientValueSteps* steps);
+  Variant ExtractedNumber(ModelServer* server, ClientValueSteps* steps);
+  Variant ClientInteger(ModelServer* server, ClientValueSteps* steps);
   Variant ClientText() const;
   Variant CheckInteger(const Variant& value) const;
   Variant CheckText(const Variant& value) const;
   Variant CheckFloat(const Variant& value) const;
   Variant CheckRaw(const Variant& value) const;
-  void ExtractDriverValue(Variant& value) const;
+  void ExtractDriverValue(ModelServer* server, Variant& value) const;
 
   ThreadPlatform& platform_;
   std::weak_ptr<KELDataGroup> parent_;

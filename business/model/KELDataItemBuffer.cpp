@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <cstring>
 #include <vector>
 
 namespace orvo {
@@ -95,6 +96,26 @@ void KELDataItem::StoreIntoBuffer(const Variant& raw, std::span<std::uint8_t> bu
     default:
       break;
   }
+}
+
+bool KELDataItem::IsSurelySameIn(std::span<const std::uint8_t> buffer) const noexcept {
+  const std::int64_t count = 2 * std::int64_t{wordLength_};
+  const std::int64_t offset = groupBufferOffset_;
+  if (writeDone_ || offset < 0 || count <= 0 || offset + count > std::ssize(buffer)) return false;
+  const std::uint8_t* const place = buffer.data() + offset;
+  const auto word = [place](std::size_t at) { return std::uint32_t{place[at]} << 8 | place[at + 1]; };
+  if (dataValue_.Is(VariantKind::R8)) {
+    if (itemType_ != ItemTypeInteger || count > 4) return false;
+    const std::uint32_t number = count == 2 ? word(0) : word(0) << 16 | word(2);
+    return dataValue_.Get<double>() == static_cast<double>(static_cast<std::int32_t>(number));
+  }
+  if (dataValue_.Is(VariantKind::R4))
+    return itemType_ == ItemTypeFloat && count == FloatBytes &&
+           dataValue_.Get<float>() == std::bit_cast<float>(word(0) << 16 | word(2));
+  if (!dataValue_.IsByteArray() || (itemType_ != ItemTypeString && itemType_ != ItemTypeRaw)) return false;
+  const std::span<const std::uint8_t> bytes = dataValue_.Bytes();
+  return std::ssize(bytes) == count && dataValue_.LowerBound() == 0 &&
+         std::memcmp(bytes.data(), place, bytes.size()) == 0;
 }
 
 bool KELDataItem::TakeChange(const Variant& raw) {

@@ -64,6 +64,13 @@ Variant BytesOf(const Variant& array) {
   return Variant::OfBytes(bytes);
 }
 
+// Without the way over a double for the kinds that decoding and devices bring.
+bool IsNegative(const Variant& number) {
+  if (number.Is(VariantKind::I2)) return number.Get<std::int16_t>() < 0;
+  if (number.Is(VariantKind::I4)) return number.Get<std::int32_t>() < 0;
+  return ToR8(number) < 0;
+}
+
 }  // namespace
 
 std::int32_t DecodeBCD(std::int32_t value) noexcept {
@@ -89,10 +96,9 @@ std::int32_t KELDataItem::DataSize() const {
   return 0;
 }
 
-void KELDataItem::ExtractDriverValue(Variant& value) const {
-  const std::shared_ptr<KELDataGroup> group = Parent();
-  if (!group) RaiseRuntimeError(RuntimeError::ObjectNotSet);
-  const std::shared_ptr<DeviceObject> device = group->RequireServer()->Device();
+void KELDataItem::ExtractDriverValue(ModelServer* server, Variant& value) const {
+  if (server == nullptr) RaiseRuntimeError(RuntimeError::ObjectNotSet);
+  const std::shared_ptr<DeviceObject> device = server->Device();
   if (!device) RaiseRuntimeError(RuntimeError::ObjectNotSet);
   device->ExtractValue(compiledAddress_, value, 0);
 }
@@ -109,16 +115,22 @@ void KELDataItem::DecodeBytes() {
 }
 
 Variant KELDataItem::ClientValue(ClientValueSteps* steps) {
-  if (dataValue_.IsEmpty()) return {};
   // The device's extraction can come back in and let go of the item.
   const std::shared_ptr<AutomationObject> self = weak_from_this().lock();
+  const std::shared_ptr<KELDataGroup> group = Parent();
+  const std::shared_ptr<ModelServer> server = group ? group->Server() : nullptr;
+  return Converted(server.get(), steps);
+}
+
+Variant KELDataItem::Converted(ModelServer* server, ClientValueSteps* steps) {
+  if (dataValue_.IsEmpty()) return {};
   switch (itemType_) {
     case ItemTypeInteger:
-      return ClientInteger(steps);
+      return ClientInteger(server, steps);
     case ItemTypeString:
       return ClientText();
     case ItemTypeFloat:
-      return ExtractedNumber(steps);
+      return ExtractedNumber(server, steps);
     case ItemTypeRaw:
       return dataValue_;
     default:
@@ -126,18 +138,18 @@ Variant KELDataItem::ClientValue(ClientValueSteps* steps) {
   }
 }
 
-Variant KELDataItem::ExtractedNumber(ClientValueSteps* steps) {
+Variant KELDataItem::ExtractedNumber(ModelServer* server, ClientValueSteps* steps) {
   DecodeBytes();
   if (steps != nullptr) steps->decoded = dataValue_;
   Variant value = dataValue_;
-  ExtractDriverValue(value);
+  ExtractDriverValue(server, value);
   if (steps != nullptr) steps->extracted = value;
   return value;
 }
 
-Variant KELDataItem::ClientInteger(ClientValueSteps* steps) {
-  Variant value = ExtractedNumber(steps);
-  if (!signed_ && ToR8(value) < 0) {
+Variant KELDataItem::ClientInteger(ModelServer* server, ClientValueSteps* steps) {
+  Variant value = ExtractedNumber(server, steps);
+  if (!signed_ && IsNegative(value)) {
     const double range = std::ldexp(1.0, 8 * DataSize());
     Variant unsignedValue = range - 1 - static_cast<double>(~ToI4(value));
     if (steps != nullptr) steps->withoutSign = unsignedValue;
@@ -155,9 +167,11 @@ Variant KELDataItem::ClientText() const {
   const std::int32_t size = DataSize();
   if (dataValue_.Is(VariantKind::String)) return LeftUnits(dataValue_.Text(), size);
   if (!dataValue_.IsByteArray()) return {};
+  const std::span<const std::uint8_t> codes = dataValue_.Bytes();
   std::string text;
+  text.reserve(codes.size());
   std::int64_t index = dataValue_.LowerBound();
-  for (const std::uint8_t code : dataValue_.Bytes()) {
+  for (const std::uint8_t code : codes) {
     // kept: a zero byte is skipped and does not end the text.
     if (code > 0) AppendWindows1252(text, code);
     // kept: the byte at the index equal to the data size still counts, so one more than the data size is looked

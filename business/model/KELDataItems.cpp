@@ -124,24 +124,25 @@ void KELDataItems::InsertItem(const std::shared_ptr<KELDataItem>& item, bool nam
   item->SetAddedEpoch(epoch_);
   item->SetParent(group_.Hold());
   if (!items_.Insert(item)) RaiseRuntimeError(RuntimeError::DuplicateKey);
+  allHandles_.reset();
   totalWordLength_ += item->ItemWordLength();
 }
 
 std::shared_ptr<KELDataItem> KELDataItems::TakeOut(const std::string& key) {
   std::shared_ptr<KELDataItem> removed = items_.RemoveKey(key);
   if (!removed) return nullptr;
+  allHandles_.reset();
   totalWordLength_ -= removed->ItemWordLength();
   ++epoch_;
   return removed;
 }
 
 std::shared_ptr<KELDataItem> KELDataItems::FindAsOf(std::int32_t handle, std::int64_t epoch) const {
-  std::shared_ptr<KELDataItem> item = items_.FindHandle(handle);
-  return item && item->AddedEpoch() <= epoch ? item : nullptr;
+  return PeekAsOf(handle, epoch) != nullptr ? items_.FindHandle(handle) : nullptr;
 }
 
 void KELDataItems::Discard(const KELDataItem& item) {
-  if (items_.FindHandle(item.Handle()).get() == &item) TakeOut(item.ItemName());
+  if (items_.PeekHandle(item.Handle()) == &item) TakeOut(item.ItemName());
 }
 
 void KELDataItems::Remove(std::int32_t Handle) {
@@ -175,13 +176,16 @@ std::vector<std::shared_ptr<KELDataItem>> KELDataItems::NewEnum() {
 }
 
 SafeArray<std::int32_t> KELDataItems::AllHandles() const {
-  std::vector<std::int32_t> handles;
-  handles.reserve(static_cast<std::size_t>(Count()));
-  items_.Walk([&](const KELDataItem& item) {
-    handles.push_back(item.Handle());
-    return false;
-  });
-  return SafeArray<std::int32_t>(std::move(handles));
+  if (!allHandles_.has_value()) {
+    std::vector<std::int32_t> handles;
+    handles.reserve(static_cast<std::size_t>(Count()));
+    items_.Walk([&](const KELDataItem& item) {
+      handles.push_back(item.Handle());
+      return false;
+    });
+    allHandles_.emplace(std::move(handles));
+  }
+  return *allHandles_;
 }
 
 std::int32_t KELDataItems::TotalWordLength() const {
@@ -192,7 +196,7 @@ std::int32_t KELDataItems::TotalWordLength() const {
 }
 
 void KELDataItems::ResizeItem(KELDataItem& item, std::int32_t wordLength) {
-  if (items_.FindHandle(item.Handle()).get() == &item)
+  if (items_.PeekHandle(item.Handle()) == &item)
     totalWordLength_ += std::int64_t{wordLength} - item.ItemWordLength();
   item.SetItemWordLength(wordLength);
 }

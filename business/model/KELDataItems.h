@@ -52,10 +52,23 @@ class KELDataItems final : public AutomationObject {
   // meant if it was added no later; FindAsOf answers null otherwise.
   std::int64_t Epoch() const noexcept { return epoch_; }
   std::shared_ptr<KELDataItem> FindAsOf(std::int32_t handle, std::int64_t epoch) const;
+  // The same two, not held: for as long as nothing else runs.
+  KELDataItem* Peek(std::int32_t handle) const noexcept { return items_.PeekHandle(handle); }
+  KELDataItem* PeekAsOf(std::int32_t handle, std::int64_t epoch) const noexcept {
+    KELDataItem* item = items_.PeekHandle(handle);
+    return item != nullptr && item->AddedEpoch() <= epoch ? item : nullptr;
+  }
   template <class Visit>
   bool Walk(Visit&& visit) const {
     return items_.Walk(std::forward<Visit>(visit));
   }
+  // Only the items that `select` chooses (KeyedList::Walk).
+  template <class Select, class Visit>
+  bool Walk(Select&& select, Visit&& visit) const {
+    return items_.Walk(std::forward<Select>(select), std::forward<Visit>(visit));
+  }
+  // In creation order. Made once for each state of the collection: the answers of one state share their
+  // elements.
   SafeArray<std::int32_t> AllHandles() const;
   // Sum of the items' lengths in words. Error 6 outside 32 bits.
   std::int32_t TotalWordLength() const;
@@ -80,6 +93,7 @@ class KELDataItems final : public AutomationObject {
   NamedCollection<KELDataItem> items_{"Item_"};
   std::int64_t totalWordLength_ = 0;
   std::int64_t epoch_ = 0;
+  mutable std::optional<SafeArray<std::int32_t>> allHandles_;  // nothing after each change of the collection
 };
 
 }  // namespace orvo

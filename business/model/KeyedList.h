@@ -42,10 +42,10 @@ class KeyedList {
   }
   // Appends; false, and nothing changes, when the key is in use.
   bool Insert(Pointer member) {
-    slots_.push_back(nullptr);  // first: a failure here changes nothing
+    slots_.push_back({});  // first: a failure here changes nothing
     const auto [entry, inserted] = entries_.insert(Entry{std::move(member), slots_.size() - 1});
     if (inserted)
-      slots_.back() = &*entry;
+      slots_.back() = {entry->member.get(), &*entry};
     else
       slots_.pop_back();
     return inserted;
@@ -55,7 +55,7 @@ class KeyedList {
     const auto found = entries_.find(name);
     if (found == entries_.end()) return nullptr;
     Pointer removed = found->member;
-    slots_[found->slot] = nullptr;
+    slots_[found->slot] = {};
     entries_.erase(found);
     Compact();
     return removed;
@@ -65,10 +65,17 @@ class KeyedList {
   // is held meanwhile. Stops early when `visit` returns true; returns whether it did.
   template <class Visit>
   bool Walk(Visit&& visit) const {
+    return Walk([](const Member&) { return true; }, std::forward<Visit>(visit));
+  }
+  // Leaves out the members for which `select`, asked when their turn comes, answers false. `select` must not
+  // change the list.
+  template <class Select, class Visit>
+  bool Walk(Select&& select, Visit&& visit) const {
     const Walker walker(*this);
     for (std::size_t slot = 0; slot < slots_.size(); ++slot) {
-      if (slots_[slot] == nullptr) continue;
-      const Pointer member = slots_[slot]->member;
+      const Slot& here = slots_[slot];
+      if (here.member == nullptr || !select(*here.member)) continue;
+      const Pointer member = here.entry->member;
       if (visit(*member)) return true;
     }
     return false;
@@ -76,8 +83,8 @@ class KeyedList {
   std::vector<Pointer> Snapshot() const {
     std::vector<Pointer> members;
     members.reserve(Count());
-    for (const Entry* entry : slots_)
-      if (entry != nullptr) members.push_back(entry->member);
+    for (const Slot& slot : slots_)
+      if (slot.entry != nullptr) members.push_back(slot.entry->member);
     return members;
   }
 
@@ -85,6 +92,11 @@ class KeyedList {
   struct Entry {
     Pointer member;
     mutable std::size_t slot;
+  };
+  // The member stands beside its entry: a walk that passes it over does not touch the entry.
+  struct Slot {
+    Member* member = nullptr;
+    const Entry* entry = nullptr;
   };
   struct Hash {
     using is_transparent = void;
@@ -112,16 +124,16 @@ class KeyedList {
   void Compact() {
     if (walkers_ > 0 || slots_.size() < 2 * entries_.size() + 8) return;
     std::size_t kept = 0;
-    for (const Entry* entry : slots_) {
-      if (entry == nullptr) continue;
-      entry->slot = kept;
-      slots_[kept++] = entry;
+    for (const Slot& slot : slots_) {
+      if (slot.entry == nullptr) continue;
+      slot.entry->slot = kept;
+      slots_[kept++] = slot;
     }
     slots_.resize(kept);
   }
 
   std::unordered_set<Entry, Hash, Equal> entries_;
-  std::vector<const Entry*> slots_;  // in creation order; null where a member was removed
+  std::vector<Slot> slots_;  // in creation order; empty where a member was removed
   mutable std::size_t walkers_ = 0;
 };
 

@@ -27,9 +27,11 @@ class NamedCollection {
   Pointer FindName(std::string_view name) const { return members_.FindName(name); }
   Pointer FindKey(std::string_view name) const { return members_.FindKey(name); }
   Pointer FindHandle(std::int32_t handle) const {
-    return handle > 0 && static_cast<std::size_t>(handle) < byHandle_.size()
-               ? byHandle_[static_cast<std::size_t>(handle)]
-               : nullptr;
+    return IsInList(handle) ? byHandle_[static_cast<std::size_t>(handle)] : nullptr;
+  }
+  // The same, not held: for as long as nothing else runs.
+  Member* PeekHandle(std::int32_t handle) const noexcept {
+    return IsInList(handle) ? byHandle_[static_cast<std::size_t>(handle)].get() : nullptr;
   }
   // The smallest positive number that no member has as its handle.
   std::int32_t FreeHandle() const noexcept { return handles_.LowestFree(); }
@@ -60,9 +62,16 @@ class NamedCollection {
   bool Walk(Visit&& visit) const {
     return members_.Walk(std::forward<Visit>(visit));
   }
+  template <class Select, class Visit>
+  bool Walk(Select&& select, Visit&& visit) const {
+    return members_.Walk(std::forward<Select>(select), std::forward<Visit>(visit));
+  }
   std::vector<Pointer> Snapshot() const { return members_.Snapshot(); }
 
  private:
+  bool IsInList(std::int32_t handle) const noexcept {
+    return handle > 0 && static_cast<std::size_t>(handle) < byHandle_.size();
+  }
   // The number when `name` is exactly what FreeName could make; 0 otherwise.
   std::int32_t GeneratedNumber(std::string_view name) const noexcept {
     if (!name.starts_with(prefix_)) return 0;

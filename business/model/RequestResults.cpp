@@ -8,8 +8,9 @@ namespace orvo {
 
 namespace {
 constexpr auto MissingPosition = static_cast<std::int32_t>(RuntimeError::SubscriptOutOfRange);
-const Variant Nothing;
 }  // namespace
+
+const Variant ReadResults::Nothing;
 
 ReadResults::ReadResults(const DataRequest& request, std::size_t count)
     : ReadResults(request.Error(), request.DATAValues(), request.Errors(), count) {}
@@ -17,14 +18,6 @@ ReadResults::ReadResults(const DataRequest& request, std::size_t count)
 ReadResults::ReadResults(std::int32_t requestError, SafeArray<Variant> values, SafeArray<std::int32_t> errors,
                          std::size_t count)
     : requestError_(requestError), values_(std::move(values)), errors_(std::move(errors)), count_(count) {}
-
-bool ReadResults::HasValue(std::size_t position) const noexcept {
-  return requestError_ == 0 && position < values_.Size() && position < errors_.Size();
-}
-
-const Variant& ReadResults::Value(std::size_t position) const noexcept {
-  return HasValue(position) ? values_.View()[position] : Nothing;
-}
 
 std::int32_t ReadResults::Error(std::size_t position) const noexcept {
   if (requestError_ != 0) return requestError_;

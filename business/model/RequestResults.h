@@ -21,11 +21,17 @@ class ReadResults {
   bool RequestFailed() const noexcept { return requestError_ != 0; }
   std::size_t Count() const noexcept { return count_; }
   // Whether the driver delivered a value, be it Empty, for the position.
-  bool HasValue(std::size_t position) const noexcept;
-  const Variant& Value(std::size_t position) const noexcept;
+  bool HasValue(std::size_t position) const noexcept {
+    return requestError_ == 0 && position < values_.Size() && position < errors_.Size();
+  }
+  const Variant& Value(std::size_t position) const noexcept {
+    return HasValue(position) ? values_.View()[position] : Nothing;
+  }
   std::int32_t Error(std::size_t position) const noexcept;
 
  private:
+  static const Variant Nothing;
+
   std::int32_t requestError_;
   SafeArray<Variant> values_;
   SafeArray<std::int32_t> errors_;

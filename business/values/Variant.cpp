@@ -141,19 +141,16 @@ SafeArray<T> Variant::Array() const {
   return Held<SafeArray<T>>();
 }
 
-std::span<const std::uint8_t> Variant::Bytes() const {
+std::span<const std::uint8_t> Variant::HeapBytes() const {
   if (!IsByteArray()) RaiseRuntimeError(RuntimeError::TypeMismatch);
-  if (heap_) return Held<SafeArray<std::uint8_t>>().View();
-  return {reinterpret_cast<const std::uint8_t*>(payload_), inlineCount_};
+  return Held<SafeArray<std::uint8_t>>().View();
 }
 
-std::int32_t Variant::LowerBound() const noexcept {
-  if (!array_ || !heap_) return array_ ? lowerBound_ : 0;
+std::int32_t Variant::HeapLowerBound() const noexcept {
   return VisitElementType(kind_, [this]<class T>() { return this->Held<SafeArray<T>>().LowerBound(); });
 }
 
-std::size_t Variant::ElementCount() const noexcept {
-  if (!array_ || !heap_) return array_ ? inlineCount_ : 0;
+std::size_t Variant::HeapElementCount() const noexcept {
   return VisitElementType(kind_, [this]<class T>() { return this->Held<SafeArray<T>>().Size(); });
 }
 

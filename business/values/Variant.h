@@ -182,11 +182,20 @@ class Variant {
   template <VariantElement T>
   SafeArray<T> Array() const;
   // The elements of a byte array by position; valid until this variant changes or ends. Error 13 otherwise.
-  std::span<const std::uint8_t> Bytes() const;
+  std::span<const std::uint8_t> Bytes() const {
+    if (!IsByteArray() || heap_) return HeapBytes();
+    return {reinterpret_cast<const std::uint8_t*>(payload_), inlineCount_};
+  }
 
   // Bounds of an array of any kind; LowerBound 0 and ElementCount 0 for a scalar.
-  std::int32_t LowerBound() const noexcept;
-  std::size_t ElementCount() const noexcept;
+  std::int32_t LowerBound() const noexcept {
+    if (array_ && heap_) return HeapLowerBound();
+    return array_ ? lowerBound_ : 0;
+  }
+  std::size_t ElementCount() const noexcept {
+    if (array_ && heap_) return HeapElementCount();
+    return array_ ? inlineCount_ : 0;
+  }
   std::int32_t UpperBound() const noexcept {
     return static_cast<std::int32_t>(LowerBound() + static_cast<std::int64_t>(ElementCount()) - 1);
   }
@@ -216,6 +225,10 @@ class Variant {
     kind_ = VariantKind::Empty;
     array_ = heap_ = false;
   }
+  // The same of arrays that are not inside the value.
+  std::span<const std::uint8_t> HeapBytes() const;
+  std::int32_t HeapLowerBound() const noexcept;
+  std::size_t HeapElementCount() const noexcept;
   void CopyHeap(const Variant& other);
   void ReleaseHeap() noexcept;
   template <class T>
