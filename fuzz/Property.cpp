@@ -37,7 +37,9 @@ std::string Spelt(std::span<const std::uint8_t> bytes) {
 
 void PropertyFailed(std::string_view property, const std::string& detail) {
   std::fprintf(stderr, "PROPERTY DOES NOT HOLD: %s\n", std::string(property).c_str());
-  if (!detail.empty()) std::fprintf(stderr, "found: %s\n", detail.c_str());
+  if (!detail.empty())
+    std::fprintf(stderr, "found: %s\n",
+                 Spelt({reinterpret_cast<const std::uint8_t*>(detail.data()), detail.size()}).c_str());
   std::fprintf(stderr, "input, %zu bytes%s: \"%s\"\n", runningInput.size(),
                runningInput.size() > LongestShown ? ", of which the first" : "", Spelt(runningInput).c_str());
   std::fflush(stderr);

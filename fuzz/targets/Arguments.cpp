@@ -288,7 +288,7 @@ void Call::CheckPassed(std::size_t place, const VARIANT& passed) const {
   if (before.IsArray())
     for (std::size_t k = 0; k < before.ElementCount(); ++k)
       expected.push_back(converted(before.ElementAt(k), declared.type));
-  else if (!before.IsEmpty() && !before.IsNull())
+  else if (!before.IsEmpty() && !(before.IsNull() && declared.isOut))
     expected.push_back(converted(before, declared.type));
   if (*V_ARRAYREF(&passed) == nullptr) {
     Demand(expected.empty(), "only nothing is passed as no array", [&] { return Shown(before); });
@@ -332,9 +332,8 @@ void Call::Write(std::size_t place, VARIANT& passed) {
     }
     written_[place] = Variant(SafeArray<Variant>(elements));
   } else if (declared.type == VT_VARIANT) {
-    Variant value = TakeValue(input_);
-    com::PutValue(value, V_VARIANTREF(&passed));
-    written_[place] = value;
+    com::PutValue(TakeValue(input_), V_VARIANTREF(&passed));
+    written_[place] = Read(*V_VARIANTREF(&passed));  // what is no UTF-8 is something else already
   } else {
     Variant value = ChangeKind(Variant(input_.Number<std::int16_t>()), static_cast<VariantKind>(declared.type));
     VARIANT fresh = Fresh(value);
