@@ -15,11 +15,13 @@ const DriverFailure NoLine{"no line", 3, "the line is cut", nullptr};
 
 }  // namespace
 
-LineScene::LineScene(LineKind kind, bool wholeGroups) : kind_(kind), wholeGroups_(wholeGroups) {
+LineScene::LineScene(LineKind kind, bool wholeGroups, std::string panelScript)
+    : kind_(kind), wholeGroups_(wholeGroups) {
   if (kind_ == LineKind::Panel) {
-    plant_->drivers.Register("Scripted.Channel", [this](DriverHost host) {
+    plant_->drivers.Register("Scripted.Channel", [this, script = std::move(panelScript)](DriverHost host) {
       PanelOptions options;
       options.groupTransfer = wholeGroups_;
+      options.script = script;
       const auto made = SimulatedPanel::Make(host, options);
       panel_ = made;
       return made;
@@ -112,6 +114,10 @@ void LineScene::AnswerWithErrors(const TakenRequest& request) {
     if (request.operation == "ReadGroup") sink.AsyncReadGroupComplete(request.buffer, LineError);
     if (request.operation == "WriteGroup") sink.AsyncWriteGroupComplete(LineError);
   });
+}
+
+void LineScene::AdvanceTo(int milliseconds) const {
+  Advance(std::chrono::milliseconds(milliseconds) - plant_->platform.Now());
 }
 
 void LineScene::AwaitIdle() const {

@@ -22,7 +22,8 @@ class LineScene {
   const std::int64_t liveBefore_ = AutomationObject::LiveCount();
 
  public:
-  LineScene(LineKind kind, bool wholeGroups);
+  // A panel may have a script, which cuts its line by itself; time counts from here.
+  LineScene(LineKind kind, bool wholeGroups, std::string panelScript = {});
 
   void Cut(bool cut);
   void PutLevel(int level);
@@ -32,6 +33,8 @@ class LineScene {
 
   KELDataServer& Server() const { return *plant_->server; }
   void Advance(std::chrono::milliseconds duration) const { plant_->Advance(duration); }
+  // Until so many milliseconds after the scene was made.
+  void AdvanceTo(int milliseconds) const;
   // Until no request is in flight, so that a synchronous call is not turned away.
   void AwaitIdle() const;
   void At(std::chrono::milliseconds delay, std::function<void()> action) const;

@@ -199,6 +199,32 @@ TEST(LinkRecovery, TheSameHandlesGoOnWhateverTheCutMet) {
   EXPECT_EQ(rows, 84U);
 }
 
+// Cut for two seconds of every five, by the panel's script; asked in the middle of each half.
+TEST(LinkRecovery, ALineThatIsCutAgainAndAgainComesBackEachTime) {
+  for (const bool wholeGroups : {false, true}) {
+    LineScene scene(LineKind::Panel, wholeGroups, "link cut at 3 s for 2 s every 5 s");
+    scene.Advance(1500ms);
+    EXPECT_EQ(scene.TakeEvents(), "DataChange [1,2,3] " + scene.Values(wholeGroups));
+    for (int round = 1; round <= 12; ++round) {
+      SCOPED_TRACE(round);
+      scene.PutLevel(round + 1);
+      EXPECT_EQ(scene.SyncRead(), scene.Values(false) + " [0,0,0]");
+      EXPECT_EQ(scene.SyncReadAll(*scene.group), scene.Values(wholeGroups) + " [0,0,0]");
+      scene.AdvanceTo(5000 * (round - 1) + 4000);
+      scene.PutLevel(round + 101);
+      EXPECT_EQ(scene.SyncRead(), std::string(Nothing3) + " [5,5,5]");
+      EXPECT_EQ(scene.SyncReadAll(*scene.group), std::string(Nothing3) + " [5,5,5]");
+      scene.TakeEvents();
+      scene.AdvanceTo(5000 * round + 1500);
+      const std::string change = "DataChange [1,2,3] " + scene.Values(wholeGroups);
+      const std::string events = scene.TakeEvents();
+      EXPECT_TRUE(events.ends_with(change)) << events;
+      EXPECT_EQ(events.find(change), events.rfind(change)) << "told more than once: " << events;
+    }
+    EXPECT_EQ(scene.End(), "");
+  }
+}
+
 // A definition that the cut line did not let through is made by the first request that needs it afterwards.
 TEST(LinkRecovery, ADefinitionThatFailedIsMadeAgainByTheNextRequest) {
   LineScene scene(LineKind::Reporting, true);
