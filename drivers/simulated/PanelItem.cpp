@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -89,7 +90,11 @@ Variant ReadPanelItem(const PanelMemory& memory, const PanelAddress& item, std::
   RequireDimension(item, dimension);
   const auto image = memory.Bytes(item.WordAddress(), 2 * dimension);
   if (!HoldsNumber(item)) return Variant::OfBytes(image);
-  return Variant::OfBytes(std::vector<std::uint8_t>(image.rbegin(), image.rend()));
+  std::array<std::uint8_t, 8> number{};  // as wide as numbers are; a dimension given from outside may be wider
+  if (image.size() > number.size())
+    return Variant::OfBytes(std::vector<std::uint8_t>(image.rbegin(), image.rend()));
+  std::reverse_copy(image.begin(), image.end(), number.begin());
+  return Variant::OfBytes(std::span(number).first(image.size()));
 }
 
 void WritePanelItem(PanelMemory& memory, const PanelAddress& item, std::int32_t dimension,
