@@ -132,7 +132,7 @@ void PlantOracle::SyncBegins(Asked asked) {
 }
 
 PlantOracle::SyncEnd PlantOracle::SyncEnds() {
-  const Sync sync = *std::exchange(sync_, std::nullopt);
+  const WaitingCall sync = *std::exchange(sync_, std::nullopt);
   SyncEnd end;
   end.error = sync.error;
   if (sync.number == 0) return end;

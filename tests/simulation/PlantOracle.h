@@ -67,6 +67,18 @@ struct PlantTotals {
   std::uint64_t syncTimeOuts = 0;
 };
 
+// A synchronous call that waits for its request.
+struct WaitingCall {
+  std::int64_t number = 0;  // 0: it did not get into the queue
+  std::int32_t id = 0;
+  std::int32_t error = 0;
+  bool clockStarted = false;
+  float start = 0;
+  bool timedOut = false;
+  bool otherReleased = false;
+  std::optional<QueueModel::Request> own;
+};
+
 class PlantOracle final : public PlatformListener, public PanelObserver {
  public:
   // How the panel's answers are read.
@@ -247,17 +259,7 @@ class PlantOracle final : public PlatformListener, public PanelObserver {
   int refusedDefinitions_ = 0;
   std::chrono::milliseconds lastSpoolerTick_{0};
 
-  struct Sync {
-    std::int64_t number = 0;  // 0: it did not get into the queue
-    std::int32_t id = 0;
-    std::int32_t error = 0;
-    bool clockStarted = false;
-    float start = 0;
-    bool timedOut = false;
-    bool otherReleased = false;
-    std::optional<QueueModel::Request> own;
-  };
-  std::optional<Sync> sync_;
+  std::optional<WaitingCall> sync_;
 };
 
 }  // namespace orvo::testing
