@@ -116,6 +116,11 @@ void LineScene::AnswerWithErrors(const TakenRequest& request) {
   });
 }
 
+void LineScene::AwaitOutstanding() const {
+  for (int k = 0; k < 200 && !IsOutstanding(); ++k)
+    Advance(10ms);
+}
+
 void LineScene::AdvanceTo(int milliseconds) const {
   Advance(std::chrono::milliseconds(milliseconds) - plant_->platform.Now());
 }

@@ -30,6 +30,9 @@ class LineScene {
   int Level() const noexcept { return level_; }
   // Whether the driver has a request that it has not answered.
   bool IsOutstanding() const;
+  // Until it has one, two seconds at most.
+  void AwaitOutstanding() const;
+  bool IsCut() const noexcept { return cut_; }
 
   KELDataServer& Server() const { return *plant_->server; }
   void Advance(std::chrono::milliseconds duration) const { plant_->Advance(duration); }

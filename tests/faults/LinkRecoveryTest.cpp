@@ -58,8 +58,7 @@ void CutInFlight(LineScene& scene, const LineCase& line, Findings& findings) {
   std::int32_t id = 0;
   scene.TakeEvents();
   scene.group->AsyncRead({1, 2, 3}, id);
-  while (!scene.IsOutstanding())
-    scene.Advance(10ms);
+  scene.AwaitOutstanding();
   scene.Cut(true);
   scene.Advance(170ms);
   findings.Same("the read that was under way", scene.TakeEvents(),
@@ -71,8 +70,7 @@ void CutInAWrite(LineScene& scene, const LineCase& line, Findings& findings) {
   std::int32_t id = 0;
   scene.TakeEvents();
   scene.group->AsyncWrite({1, 2, 3}, {"5", "6", "7"}, id);
-  while (!scene.IsOutstanding())
-    scene.Advance(10ms);
+  scene.AwaitOutstanding();
   scene.Cut(true);
   scene.Advance(170ms);
   findings.Same("the write that was under way", scene.TakeEvents(),
@@ -82,8 +80,7 @@ void CutInAWrite(LineScene& scene, const LineCase& line, Findings& findings) {
 void CutInARefresh(LineScene& scene, const LineCase&, Findings& findings) {
   scene.AwaitIdle();
   scene.TakeEvents();
-  while (!scene.IsOutstanding())
-    scene.Advance(10ms);
+  scene.AwaitOutstanding();
   findings.Same("refresh pending", scene.group->RefreshPending() ? "yes" : "no", "yes");
   scene.Cut(true);
 }
@@ -91,13 +88,10 @@ void CutInARefresh(LineScene& scene, const LineCase&, Findings& findings) {
 void CutInAWait(LineScene& scene, const LineCase& line, Findings& findings) {
   scene.AwaitIdle();
   // Once the request of the call is on the line.
-  const auto cutWhenSent = [&scene](const auto& self) -> void {
-    if (scene.IsOutstanding())
-      scene.Cut(true);
-    else
-      scene.At(10ms, [&self] { self(self); });
-  };
-  scene.At(10ms, [&cutWhenSent] { cutWhenSent(cutWhenSent); });
+  for (auto delay = 10ms; delay <= 200ms; delay += 10ms)
+    scene.At(delay, [&scene] {
+      if (scene.IsOutstanding() && !scene.IsCut()) scene.Cut(true);
+    });
   findings.Same("the call that waited", scene.SyncRead(), std::string(Nothing3) + " " + LostInFlight(line));
 }
 
@@ -151,10 +145,11 @@ void Endure(LineScene& scene, const LineCase& line, bool wholeGroups, Findings& 
 // clients were told of nothing in between (by an answer with errors: a list refresh knows the previous one, a
 // whole group's goes by what its items hold) they are told again what there is.
 void GoOn(LineScene& scene, bool wholeGroups, bool toldOfNothing, bool changed, Findings& findings) {
-  do {  // what the line lost so far has been told of
+  for (int k = 0; k < 20; ++k) {  // what the line lost so far is told of
     scene.AwaitIdle();
     scene.Advance(110ms);
-  } while (scene.Server().Spooler()->IsBusy());
+    if (!scene.Server().Spooler()->IsBusy()) break;
+  }
   scene.TakeEvents();
   scene.Cut(false);
   if (changed) scene.PutLevel(scene.Level() + 3);
