@@ -22,7 +22,8 @@ namespace orvo::fuzz {
 
 namespace {
 
-constexpr std::array Identifiers{"BI0", "BY1", "WO2", "DW3", "FL4", "ST000004", "ST0000013", "RA004", "RA0012"};
+constexpr std::array GroupIdentifiers{"BI0",      "BY1",       "WO2",   "DW3",   "FL4",
+                                      "ST000004", "ST0000013", "RA004", "RA0012"};
 constexpr std::size_t MostItems = 10;
 
 struct Place {
@@ -50,7 +51,7 @@ class GroupSite {
     std::int64_t next = 0;
     for (std::size_t k = 0; k < count; ++k) {
       const std::shared_ptr<KELDataItem> item =
-          group->KELDataItems()->Add(Identifiers[input.Below(Identifiers.size())]);
+          group->KELDataItems()->Add(GroupIdentifiers[input.Below(GroupIdentifiers.size())]);
       if (input.Below(8) == 7) group->Items().ResizeItem(*item, static_cast<std::int32_t>(input.Below(12)) - 1);
       const std::size_t gap = input.Byte();
       const std::int64_t offset =

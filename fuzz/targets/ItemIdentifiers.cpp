@@ -26,7 +26,7 @@ namespace orvo::fuzz {
 
 namespace {
 
-constexpr std::size_t MostSteps = 40;
+constexpr std::size_t MostIdentifierSteps = 40;
 
 struct Expected {
   std::int32_t kind;
@@ -243,7 +243,7 @@ void ItemIdentifiers(InputReader& input) {
   IdentifierSite site;
   std::istringstream lines{std::string(input.Rest())};
   std::string line;
-  for (std::size_t step = 0; step < MostSteps && std::getline(lines, line); ++step)
+  for (std::size_t step = 0; step < MostIdentifierSteps && std::getline(lines, line); ++step)
     site.Step(line);
 }
 

@@ -32,10 +32,10 @@ namespace orvo::fuzz {
 
 namespace {
 
-constexpr std::array Identifiers{"BI100.0",  "BI100.7",  "BI200.15",  "BY101",     "BY102",
-                                 "WO100",    "WO65534",  "DW100",     "DW65532",   "FL100",
-                                 "ST002001", "ST002002", "ST0020011", "ST0020032", "ST00100255",
-                                 "RA031",    "RA0316",   "RA99256",   "RA0015"};
+constexpr std::array ValueIdentifiers{"BI100.0",  "BI100.7",  "BI200.15",  "BY101",     "BY102",
+                                      "WO100",    "WO65534",  "DW100",     "DW65532",   "FL100",
+                                      "ST002001", "ST002002", "ST0020011", "ST0020032", "ST00100255",
+                                      "RA031",    "RA0316",   "RA99256",   "RA0015"};
 constexpr double BeyondWord = 65536.0;
 constexpr double BeyondDoubleWord = 4294967296.0;
 
@@ -330,7 +330,7 @@ void CheckChange(KELDataItem& item, const Variant& raw) {
 }  // namespace
 
 void ItemValues(InputReader& input) {
-  ItemSite site(Identifiers[input.Below(Identifiers.size())]);
+  ItemSite site(ValueIdentifiers[input.Below(ValueIdentifiers.size())]);
   KELDataItem& item = *site.item;
   const std::uint8_t options = input.Byte();
   if ((options & 1) != 0) item.PutSigned(true);

@@ -22,7 +22,7 @@ namespace {
 
 using testing::QueueModel;
 
-constexpr int MostSteps = 3000;
+constexpr int MostRequestSteps = 3000;
 
 class QueuedGroup final : public RequestGroup {
  public:
@@ -333,7 +333,7 @@ void Requests(InputReader& input) {
   const std::int64_t alive = AutomationObject::LiveCount();
   {
     LockStep lockStep(input);
-    for (int step = 0; step < MostSteps && !input.AtEnd(); ++step)
+    for (int step = 0; step < MostRequestSteps && !input.AtEnd(); ++step)
       lockStep.Step();
   }
   Demand(AutomationObject::LiveCount() == alive, "nothing is left alive",
