@@ -19,7 +19,8 @@ constexpr std::int32_t CellDistance = 32;
 constexpr std::int32_t FirstRawCell = 32768;
 constexpr std::int32_t RawCellDistance = 256;
 constexpr std::int32_t GroupCapacity = 12;
-constexpr auto LongestStall = 45s;  // a request that is in flight for so long is never answered
+constexpr int MostSettlingTicks = 12'000;  // for a full queue and a panel that takes its time
+constexpr auto LongestStall = 45s;         // a request that is in flight for so long is never answered
 
 }  // namespace
 
@@ -137,7 +138,7 @@ void PlantSimulation::PassTime() {
     return;
   }
   // Bursts of clients, and rests between them.
-  time.Advance(std::chrono::milliseconds(dice_.Chance(300) ? dice_.Below(40) : dice_.Below(6500)));
+  time.Advance(std::chrono::milliseconds(dice_.Chance(300) ? dice_.Below(40) : dice_.Below(9000)));
   if (IsOpen())
     oracle_->Require(time.Now() - oracle_->LastSpoolerTick() < 100ms, "the spooler's timer has stopped");
 }
@@ -199,7 +200,8 @@ void PlantSimulation::Settle() {
   for (const GroupPointer& group : groups_)
     if (group->active) SetActive(*group, false);
   const QueueModel& queue = oracle_->Queue();
-  for (int pass = 0; pass < 4000 && (queue.IsBusy() || queue.Waiting() + queue.Finished() > 0); ++pass) {
+  for (int pass = 0; pass < MostSettlingTicks && (queue.IsBusy() || queue.Waiting() + queue.Finished() > 0);
+       ++pass) {
     platform_.Time().Advance(50ms);
     RestartWhenStuck();
     if (oracle_->HasFailed()) return;

@@ -65,7 +65,7 @@ void PlantSimulation::NoteTimer(MirrorGroup& group) {
 void PlantSimulation::ChangeRate() {
   if (groups_.empty()) return;
   MirrorGroup& group = *OneOf(groups_);
-  const std::int32_t rate = dice_.Chance(40) ? dice_.Between(60, 600) : 100 * dice_.Between(15, 250);
+  const std::int32_t rate = dice_.Chance(40) ? dice_.Between(60, 600) : 100 * dice_.Between(20, 300);
   if (group.timer >= 0) timers_.push_back(group.timer);
   group.rate = rate;
   group.core->PutUpdateRate(rate);
@@ -137,7 +137,7 @@ void PlantSimulation::AddGroup() {
   group->name = "Group " + std::to_string(++names_);
   group->core = server_->KELDataGroups()->Add(Variant(group->name));
   group->handle = group->core->Handle();
-  group->rate = 100 * dice_.Between(15, 250);
+  group->rate = 100 * dice_.Between(20, 300);
   group->core->PutUpdateRate(group->rate);
   group->subscribed = dice_.Chance(800);
   group->core->PutSubscribed(group->subscribed);
@@ -304,7 +304,8 @@ void PlantSimulation::Fault() {
     fault.times = 1;
   } else if (dice < 40) {
     const std::int32_t numbers[] = {1, 2, 3, 4, 5, 7, 10, 99};
-    Panel().Faults().FailNext(operation, numbers[dice_.Below(8)], "line noise", dice_.Between(1, 3));
+    const std::int32_t number = numbers[dice_.Below(8)];
+    Panel().Faults().FailNext(operation, number, "line noise", dice_.Between(1, 3));
     return;
   } else if (dice < 45) {
     Panel().Faults().FailNext(PanelOperation::SetGroupDefinition, 3, "line noise");
