@@ -92,6 +92,7 @@ TEST(CompletionShapes, OfItemReadsCountByPositionAndWhatIsMissingIsError9) {
       for (const Length& values : Lengths)
         for (const Length& errors : Lengths)
           for (const auto& [valueBound, errorBound] : {std::pair{0, 0}, {5, -3}}) {
+            if (valueBound != 0 && codes.codes[0] != 0) continue;  // bounds: with success and one error
             const std::size_t valueCount = values.Of(path.items);
             const std::size_t errorCount = errors.Of(path.items);
             const SafeArray<Variant> valueArray = ValueArray(RequestOf(path), codes, valueCount, valueBound);
@@ -103,7 +104,7 @@ TEST(CompletionShapes, OfItemReadsCountByPositionAndWhatIsMissingIsError9) {
                 [&](IEventNotify& sink) { sink.AsyncReadComplete(valueArray, errorArray); },
                 AfterItemRead(path, BroughtBy(path, codes, valueCount, errorCount)));
           }
-  EXPECT_EQ(run.rows, 8U * 4 * 4 * 4 * 2);
+  EXPECT_EQ(run.rows, 8U * 4 * 4 * (2 * 2 + 2));
 }
 
 TEST(CompletionShapes, OfItemWritesCountByPositionAndWhatIsMissingIsError9) {
