@@ -111,6 +111,11 @@ void PlantSimulation::Step() {
       {2, &PlantSimulation::RestartServer}, {120, &PlantSimulation::Open},
   };
   PassTime();
+  if (run_.canary && !canaryDone_ && platform_.Time().Now() > run_.length / 2) {
+    canaryDone_ = true;
+    for (const GroupPointer& group : groups_)
+      group->core->PutSubscribed(!group->subscribed);
+  }
   MoveMemory(false);
   Act(IsOpen() ? open : closed);
   RestartWhenStuck();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <iostream>
 #include <set>
+#include <string>
 
 namespace orvo::testing {
 namespace {
@@ -17,7 +18,7 @@ constexpr std::uint64_t Seeds = 100;
 constexpr int Shares = 4;  // each a test of its own, so that they can run side by side
 
 PlantResult RunSeed(std::uint64_t seed, std::chrono::milliseconds length) {
-  PlantSimulation simulation({seed, length, nullptr});
+  PlantSimulation simulation({seed, length, nullptr, false});
   return simulation.Run();
 }
 
@@ -47,6 +48,18 @@ TEST(SimulationOfAPlant, DoesTheSameForTheSameSeedAndOtherThingsForOthers) {
     hashes.insert(first.hash);
   }
   EXPECT_EQ(hashes.size(), 8U);
+}
+
+TEST(SimulationOfAPlant, FailsTheSameWayEachTimeWhenAServerBreaksAPromise) {
+  for (std::uint64_t seed = 1; seed <= 8; ++seed) {
+    const auto run = [seed] { return PlantSimulation({seed, 20min, nullptr, true}).Run(); };
+    const PlantResult first = run();
+    const PlantResult second = run();
+    EXPECT_NE(first.failure, "") << seed;
+    EXPECT_EQ(first.failure, second.failure) << seed;
+    EXPECT_EQ(first.hash, second.hash) << seed;
+    EXPECT_NE(first.tail.find("FAILED"), std::string::npos) << seed;
+  }
 }
 
 }  // namespace

@@ -19,6 +19,7 @@ struct SoakOptions {
   std::uint64_t firstSeed = 1;
   double hours = 1;
   std::uint64_t seed = 0;  // one alone, with its log; 0: not asked for
+  bool canary = false;
 };
 
 constexpr std::array<const char*, 14> KindNames = {"",
@@ -100,28 +101,30 @@ int Soak(const SoakOptions& options) {
   const auto length = std::chrono::milliseconds(static_cast<std::int64_t>(options.hours * 3'600'000.0));
   const auto start = std::chrono::steady_clock::now();
   PlantResult sum;
-  std::uint64_t memoryAtStart = 0;
+  const std::uint64_t memoryAtStart = ResidentKilobytes();
+  std::uint64_t memoryAfterFirst = 0;
   for (std::uint64_t seed = first; seed < first + seeds; ++seed) {
-    PlantSimulation simulation({seed, length, alone ? &std::cout : nullptr});
+    PlantSimulation simulation({seed, length, alone ? &std::cout : nullptr, options.canary});
     const PlantResult result = simulation.Run();
     Add(sum, result);
     sum.hash = result.hash;
     if (!result.failure.empty()) {
-      std::printf("%sseed %llu FAILED: %s\nreplay: ./run soak --seed %llu --hours %g\n",
+      std::printf("%sseed %llu FAILED: %s\nreplay: ./run soak --seed %llu --hours %g%s\n",
                   alone ? "" : result.tail.c_str(), static_cast<unsigned long long>(seed),
-                  result.failure.c_str(), static_cast<unsigned long long>(seed), options.hours);
+                  result.failure.c_str(), static_cast<unsigned long long>(seed), options.hours,
+                  options.canary ? " --canary" : "");
       return 1;
     }
     // After the first one: what every run needs is there by then.
-    if (seed == first) memoryAtStart = ResidentKilobytes();
+    if (seed == first) memoryAfterFirst = ResidentKilobytes();
   }
   const double minutes =
       std::chrono::duration<double, std::ratio<60>>(std::chrono::steady_clock::now() - start).count();
   std::printf("%llu seeds from %llu on, %g virtual hours each, all as they must be\n",
               static_cast<unsigned long long>(seeds), static_cast<unsigned long long>(first), options.hours);
   Print(sum);
-  std::printf("resident memory after the first seed %llu kB, at the end %llu kB\n",
-              static_cast<unsigned long long>(memoryAtStart),
+  std::printf("resident memory at the start %llu kB, after the first seed %llu kB, at the end %llu kB\n",
+              static_cast<unsigned long long>(memoryAtStart), static_cast<unsigned long long>(memoryAfterFirst),
               static_cast<unsigned long long>(ResidentKilobytes()));
   std::printf("%.2f minutes, %.0f seeds per minute\n", minutes, static_cast<double>(seeds) / minutes);
   if (alone) std::printf("hash of the log %016llx\n", static_cast<unsigned long long>(sum.hash));
@@ -142,6 +145,7 @@ int main(int argc, char** argv) {
       ->check(CLI::PositiveNumber);
   app.add_option("--seed", options.seed, "this seed alone, with every step as a line")
       ->check(CLI::PositiveNumber);
+  app.add_flag("--canary", options.canary, "breaks a promise on purpose: the run must fail");
   CLI11_PARSE(app, argc, argv);
   return orvo::testing::Soak(options);
 }
