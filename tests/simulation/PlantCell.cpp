@@ -33,6 +33,13 @@ std::string BigEndBytes(std::uint32_t number, std::int32_t count) {
   return bytes;
 }
 
+// A zero byte is no character of a text, wherever it stands.
+std::string WithoutZeros(std::string_view bytes) {
+  std::string text(bytes);
+  text.erase(std::remove(text.begin(), text.end(), '\0'), text.end());
+  return text;
+}
+
 std::string RandomText(Dice& dice, std::int32_t count) {
   std::string text;
   for (std::int32_t k = 0; k < count; ++k)
@@ -100,7 +107,7 @@ Reading PlantCell::Read(std::string_view lying, bool isSigned) const {
     case CellKind::Single:
       return number(static_cast<double>(std::bit_cast<float>(BigEnd(lying))));
     case CellKind::Text:
-      return {Reading::Kind::Text, 0, std::string(lying)};
+      return {Reading::Kind::Text, 0, WithoutZeros(lying)};
     default:
       return {Reading::Kind::Bytes, 0, std::string(lying)};
   }

@@ -118,6 +118,7 @@ class PlantSimulation {
                     const SafeArray<std::int32_t>& errors, bool all);
   void TakeSyncWrite(const Writes& writes, const PlantOracle::SyncEnd& end,
                      const SafeArray<std::int32_t>& errors);
+  void ReadAllOf(const GroupPointer& group);
   void ReadWholeGroup(const GroupPointer& group);
   void WriteWholeGroup(const GroupPointer& group);
   void InspectItem(const MirrorGroup& group, const MirrorItem& item);
@@ -135,6 +136,7 @@ class PlantSimulation {
   void RemoveGroup();
   void AddItems();
   void RemoveItem();
+  void CloseWhileBusy();
   void Save();
   void Load();
   void Fault();
@@ -147,6 +149,7 @@ class PlantSimulation {
   void NoteTimer(MirrorGroup& group);
   void Advise(const GroupPointer& group);
   void AddItem(MirrorGroup& group);
+  void RemoveOneItem(MirrorGroup& group);
   PlantCell NewCell(const MirrorGroup& group);
   std::int32_t NewGroupId();
   // One of at least one.

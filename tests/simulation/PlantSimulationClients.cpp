@@ -253,8 +253,10 @@ void PlantSimulation::AsyncRead() {
 }
 
 void PlantSimulation::AsyncReadAll() {
-  if (groups_.empty()) return;
-  const GroupPointer group = OneOf(groups_);
+  if (!groups_.empty()) ReadAllOf(OneOf(groups_));
+}
+
+void PlantSimulation::ReadAllOf(const GroupPointer& group) {
   const auto call = [&](std::int32_t& id) { group->core->AsyncReadAll(id); };
   if (group->items.empty()) {
     std::int32_t id = -5;

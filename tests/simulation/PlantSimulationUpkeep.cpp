@@ -220,17 +220,32 @@ void PlantSimulation::AddItems() {
 
 void PlantSimulation::RemoveItem() {
   const GroupPointer group = AnyGroup();
-  if (!group) return;
-  const auto gone = group->items.begin() + dice_.Below(static_cast<std::int32_t>(group->items.size()));
+  if (group) RemoveOneItem(*group);
+}
+
+void PlantSimulation::RemoveOneItem(MirrorGroup& group) {
+  const auto gone = group.items.begin() + dice_.Below(static_cast<std::int32_t>(group.items.size()));
   const ItemPointer item = *gone;
-  log_.Note(platform_.Time().Now(), "item removed", group->handle, item->handle);
-  group->items.erase(gone);
+  log_.Note(platform_.Time().Now(), "item removed", group.handle, item->handle);
+  group.items.erase(gone);
   item->removed = true;
   ++removedObjects_;
   if (dice_.Chance(500))
-    group->core->KELDataItems()->Remove(item->handle);
+    group.core->KELDataItems()->Remove(item->handle);
   else
-    group->core->KELDataItems()->RemoveByName(item->name);
+    group.core->KELDataItems()->RemoveByName(item->name);
+}
+
+// Requests outlive the close; meanwhile an item goes, and another one gets its handle.
+void PlantSimulation::CloseWhileBusy() {
+  const GroupPointer group = AnyGroup();
+  for (int k = dice_.Between(1, 3); k > 0 && group; --k)
+    dice_.Chance(500) ? ReadAllOf(group) : AsyncWrite();
+  const bool wasWaiting = oracle_->Queue().Waiting() > 0;
+  Close();
+  if (!group || !wasWaiting) return;
+  RemoveOneItem(*group);
+  AddItem(*group);
 }
 
 void PlantSimulation::Save() {
