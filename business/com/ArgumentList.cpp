@@ -4,6 +4,7 @@
 #include "com/VariantCodec.h"
 #include "com/VariantReference.h"
 
+#include <array>
 #include <cstring>
 
 namespace orvo::com {
@@ -25,8 +26,9 @@ void MarkMissing(VARIANT* value) {
 HRESULT ArgumentList::Assign(UINT* argument) {
   const std::size_t count = member_.parameters.size();
   if (given_.cArgs > count) return DISP_E_BADPARAMCOUNT;
-  for (const Parameter& parameter : member_.parameters)
-    slots_.emplace_back().declared = &parameter;
+  slots_ = std::vector<Slot>(count);
+  for (std::size_t k = 0; k < count; ++k)
+    slots_[k].declared = &member_.parameters[k];
 
   const UINT positional = given_.cArgs - given_.cNamedArgs;
   for (UINT i = 0; i < positional; ++i) {
@@ -139,23 +141,28 @@ HRESULT ArgumentList::PrepareScalar(Slot& slot) {
 }
 
 HRESULT ArgumentList::Call(IDispatch* object, const Member& member, VARIANT* answer, VARIANT* returned) {
-  std::vector<VARTYPE> types;
-  std::vector<VARIANT*> values;
-  for (Slot& slot : slots_) {
-    types.push_back(slot.declared->PassedType());
-    values.push_back(&slot.passed);
-  }
+  // No member has more: reading a property by name so costs no memory of the heap.
+  constexpr std::size_t MostPassed = 16;
+  std::array<VARTYPE, MostPassed> types{};
+  std::array<VARIANT*, MostPassed> values{};
+  UINT count = 0;
+  const auto pass = [&](VARTYPE type, VARIANT& value) {
+    types[count] = type;
+    values[count++] = &value;
+  };
+  if (slots_.size() >= MostPassed) return DISP_E_BADPARAMCOUNT;
+  for (Slot& slot : slots_)
+    pass(slot.declared->PassedType(), slot.passed);
   VARIANT result;
   VariantInit(&result);
   const bool hasResult = member.result.type != VT_EMPTY;
   if (hasResult) {
     V_VT(&result) = member.result.PassedType();
     V_BYREF(&result) = StorageOf(answer, member.result.isArray ? VARTYPE{VT_ARRAY} : member.result.type);
-    types.push_back(V_VT(&result));
-    values.push_back(&result);
+    pass(V_VT(&result), result);
   }
-  const HRESULT called = DispCallFunc(object, member.vtableOffset, member.convention, VT_I4,
-                                      static_cast<UINT>(types.size()), types.data(), values.data(), returned);
+  const HRESULT called = DispCallFunc(object, member.vtableOffset, member.convention, VT_I4, count,
+                                      types.data(), values.data(), returned);
   // The content of a result belongs to the caller once the call was well; a member clears it first otherwise.
   if (SUCCEEDED(called) && SUCCEEDED(V_I4(returned)) && hasResult &&
       (member.result.isArray || member.result.type != VT_VARIANT))

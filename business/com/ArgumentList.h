@@ -5,7 +5,6 @@
 #include "com/InterfaceInfo.h"
 #include "com/SafeArrayAccess.h"
 
-#include <deque>
 #include <vector>
 
 namespace orvo::com {
@@ -46,7 +45,8 @@ class ArgumentList {
   DISPPARAMS& given_;
   const Member& member_;
   const LCID locale_;
-  std::deque<Slot> slots_;  // one per declared parameter, in declared order
+  std::vector<Slot>
+      slots_;  // one per declared parameter, in declared order; they refer to each other: never grown
 };
 
 }  // namespace orvo::com
