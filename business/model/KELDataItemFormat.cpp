@@ -64,6 +64,25 @@ Variant BytesOf(const Variant& array) {
   return Variant::OfBytes(bytes);
 }
 
+// The number in an identifier from its `unit`-th character on, counted from 1. Error 6 outside 32 bits.
+std::int32_t SizeField(std::string_view itemId, std::size_t unit) {
+  constexpr std::size_t mostDigits = 8;
+  // Nearly always: digits to the end, behind characters of one byte each. A text's size is asked for at each
+  // conversion.
+  if (itemId.size() >= unit && itemId.size() - unit < mostDigits) {
+    const auto isOneByte = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const std::string_view digits = itemId.substr(unit - 1);
+    if (std::ranges::all_of(itemId.substr(0, unit - 1), isOneByte) && std::ranges::all_of(digits, isDigit)) {
+      std::int32_t number = 0;
+      for (const char digit : digits)
+        number = 10 * number + (digit - '0');
+      return number;
+    }
+  }
+  return RoundToI4(LeadingNumber(FromUnit(itemId, unit)));
+}
+
 // Without the way over a double for the kinds that decoding and devices bring.
 bool IsNegative(const Variant& number) {
   if (number.Is(VariantKind::I2)) return number.Get<std::int16_t>() < 0;
@@ -91,8 +110,8 @@ std::int32_t KELDataItem::DataSize() const {
   if (code == "BY") return 1;
   if (code == "WO") return 2;
   if (code == "DW" || code == "FL") return 4;
-  if (code == "ST") return RoundToI4(LeadingNumber(FromUnit(itemId_, 8)));
-  if (code == "RA") return RoundToI4(LeadingNumber(FromUnit(itemId_, 5)));
+  if (code == "ST") return SizeField(itemId_, 8);
+  if (code == "RA") return SizeField(itemId_, 5);
   return 0;
 }
 
@@ -173,7 +192,10 @@ Variant KELDataItem::ClientText() const {
   std::int64_t index = dataValue_.LowerBound();
   for (const std::uint8_t code : codes) {
     // kept: a zero byte is skipped and does not end the text.
-    if (code > 0) AppendWindows1252(text, code);
+    if (code > 0 && code < 0x80)
+      text.push_back(static_cast<char>(code));
+    else if (code > 0)
+      AppendWindows1252(text, code);
     // kept: the byte at the index equal to the data size still counts, so one more than the data size is looked
     // at.
     if (index++ == size) break;

@@ -13,11 +13,7 @@ using TextHandle = SafeArray<std::uint8_t>;
 static_assert(sizeof(TextHandle) <= 16 && sizeof(std::shared_ptr<AutomationObject>) <= 16);
 
 SafeArray<std::uint8_t> CopyOf(std::span<const std::uint8_t> bytes, std::int32_t lowerBound) {
-  SafeArray<std::uint8_t> copy;
-  copy.Rebase(lowerBound);
-  copy.Resize(bytes.size());
-  std::ranges::copy(bytes, copy.Edit().begin());
-  return copy;
+  return SafeArray<std::uint8_t>(std::vector<std::uint8_t>(bytes.begin(), bytes.end()), lowerBound);
 }
 TextHandle MakeText(std::string_view text) {
   return CopyOf({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, 0);
