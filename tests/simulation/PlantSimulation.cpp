@@ -97,8 +97,8 @@ void PlantSimulation::Step() {
       {20, &PlantSimulation::WrongCall},     {40, &PlantSimulation::Fault},
       {30, &PlantSimulation::CutOrMendLink}, {30, &PlantSimulation::ItemFault},
       {8, &PlantSimulation::RestartPanel},   {10, &PlantSimulation::LateTick},
-      {14, &PlantSimulation::Close},         {1, &PlantSimulation::RestartServer},
-      {2, &PlantSimulation::Burst},
+      {8, &PlantSimulation::Close},          {8, &PlantSimulation::CloseWhileBusy},
+      {1, &PlantSimulation::RestartServer},  {2, &PlantSimulation::Burst},
   };
   static const std::vector<Action> closed = {
       {30, &PlantSimulation::AddGroup},     {10, &PlantSimulation::RemoveGroup},

@@ -113,6 +113,7 @@ int Soak(const SoakOptions& options) {
                   alone ? "" : result.tail.c_str(), static_cast<unsigned long long>(seed),
                   result.failure.c_str(), static_cast<unsigned long long>(seed), options.hours,
                   options.canary ? " --canary" : "");
+      std::fflush(stdout);
       return 1;
     }
     // After the first one: what every run needs is there by then.
