@@ -18,6 +18,7 @@
 #include <deque>
 #include <functional>
 #include <iosfwd>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -179,6 +180,7 @@ class PlantSimulation {
 
   std::int32_t names_ = 0;
   std::int32_t groupIds_ = 0;
+  std::map<std::int32_t, std::int32_t> imageEnds_;  // by group ids: where the next item of the image lies
   bool linkCut_ = false;
   bool settling_ = false;
   bool canaryDone_ = false;

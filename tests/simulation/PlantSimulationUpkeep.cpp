@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t MostGroups = 7;
 constexpr std::size_t MostItems = 12;
-constexpr std::int32_t ImageBytes = 200;
+constexpr std::int32_t ImageBytes = 254;
 constexpr std::int32_t GroupIds = 120;
 constexpr const char* SavedFile = "plant.cfg";
 constexpr std::size_t TimersKept = 30;
@@ -127,6 +127,7 @@ std::int32_t PlantSimulation::NewGroupId() {
     if (saved_ &&
         std::any_of(saved_->begin(), saved_->end(), [&](const SavedGroup& saved) { return has(saved.facts); }))
       continue;
+    imageEnds_[id] = 0;
     return id;
   }
 }
@@ -167,7 +168,8 @@ void PlantSimulation::RemoveGroup() {
   server_->KELDataGroups()->Remove(group->handle);
 }
 
-// A place in the panel's memory that no item of the group has yet.
+// A place in the panel's memory that no item of the group has yet. In a group's image no place is given twice:
+// a write that waited may bring what lay there before.
 PlantCell PlantSimulation::NewCell(const MirrorGroup& group) {
   if (!TransfersWholeGroups()) {
     for (;;) {
@@ -178,9 +180,7 @@ PlantCell PlantSimulation::NewCell(const MirrorGroup& group) {
       if (!used) return cell;
     }
   }
-  std::int32_t end = 0;
-  for (const ItemPointer& item : group.items)
-    end = std::max(end, item->offset + item->cell.Bytes());
+  const std::int32_t end = imageEnds_[group.groupId];
   PlantCell cell;
   cell.kind = static_cast<CellKind>(dice_.Below(6));
   cell.address = PlantOracle::ImageStart(group.groupId) + end;
@@ -195,6 +195,7 @@ void PlantSimulation::AddItem(MirrorGroup& group) {
   item->cell = NewCell(group);
   item->offset = TransfersWholeGroups() ? item->cell.WordAddress() - PlantOracle::ImageStart(group.groupId) : 0;
   if (item->offset + item->cell.Bytes() > ImageBytes) return;
+  if (TransfersWholeGroups()) imageEnds_[group.groupId] = item->offset + item->cell.Bytes();
   item->name = "Item " + std::to_string(++names_);
   for (item->handle = 1; std::any_of(group.items.begin(), group.items.end(),
                                      [&](const ItemPointer& other) { return other->handle == item->handle; });)
