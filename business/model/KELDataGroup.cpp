@@ -26,8 +26,9 @@ SafeArray<T> ByIndex(const KELDataItems& items, const SafeArray<std::int32_t>& h
   std::int64_t index = handles.LowerBound();
   for (const std::int32_t handle : handles.View()) {
     if (const KELDataItem* item = items.PeekAsOf(handle, itemsEpoch)) {
+      const T found = fact(*item);  // its own failure comes before that of the index
       if (index < 0) RaiseRuntimeError(RuntimeError::SubscriptOutOfRange);
-      facts[static_cast<std::size_t>(index)] = fact(*item);
+      facts[static_cast<std::size_t>(index)] = found;
     }
     ++index;
   }

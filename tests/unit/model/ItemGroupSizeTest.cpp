@@ -84,6 +84,16 @@ TEST_F(ItemGroupSize, ALengthBeyond16BitsIsAnOverflowOfTheDimensionsOnly) {
   EXPECT_EQ(Elements(group->GetDimension(Handles(0, {3}))), (std::vector<std::int16_t>{-32768}));
 }
 
+TEST_F(ItemGroupSize, AnItemAtANegativeIndexRaisesTheErrorOfItsLengthOrElseThatOfTheIndex) {
+  AddItem("WO1", 0, 3);
+  AddItem("RA", 3, 32768);
+  EXPECT_EQ(InternalDetail([&] { group->GetDimension(Handles(-1, {2, 1})); }).substr(0, 12), "6:Overflow\r\n");
+  EXPECT_EQ(InternalDetail([&] { group->GetDimension(Handles(-2, {1, 2})); }).substr(0, 2), "9:");
+  EXPECT_EQ(InternalDetail([&] { group->CompileVariable(Handles(-1, {2, 1})); }).substr(0, 2), "9:");
+  EXPECT_EQ(Elements(group->GetDimension(Handles(-1, {9, 1}))), (std::vector<std::int16_t>{3}));
+  EXPECT_EQ(Elements(group->CompileVariable(Handles(-1, {9, 1}))), (std::vector<double>{7}));
+}
+
 TEST_F(ItemGroupSize, AnItemGivesItsOwnAddressAndLengthAsOneElementArrays) {
   item = AddItem("DW1", 0, 2);
   EXPECT_EQ(Elements(item->CompiledAddressArray()), (std::vector<double>{7}));
