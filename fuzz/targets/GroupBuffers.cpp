@@ -1,12 +1,13 @@
 // A whole group's bytes on their way to and from the device. Properties:
-//   a write puts each item's bytes at its place in a copy of the group's image, later items over earlier ones,
-//   and changes
-//     no other byte; the group's own image stays
-//   a write with a value that its item refuses sends nothing and names the position
-//   a read gives each item what stands at its place, and every handle and error beside it
-//   compiled addresses and lengths stand at the numbers of the handles that were asked for, 0 for unknown ones
-//   the group's length is the sum of its items', whatever was added, resized and removed
+// - a write puts each item's bytes at its place in a copy of the group's image, later items over earlier ones,
+//   and changes no other byte; the group's own image stays
+// - a write with a value that its item refuses sends nothing and names the position
+// - a read gives each item what stands at its place, and every handle and error beside it
+// - an item that is surely the same in an image has not changed there, whatever it held before
+// - compiled addresses and lengths stand at the numbers of the handles that were asked for, 0 for unknown ones
+// - the group's length is the sum of its items', whatever was added, resized and removed
 #include "Property.h"
+#include "SureSameness.h"
 #include "Targets.h"
 #include "Values.h"
 #include "errors/modIDataErrors.h"
@@ -172,8 +173,10 @@ void GroupSite::CheckRead(InputReader& input) {
   device_.image.assign(image.begin(), image.end());
   device_.groupError = input.Below(5) == 4 ? 1 + static_cast<std::int32_t>(input.Below(10)) : 0;
   std::vector<Variant> before;
-  for (const Place& place : places)
+  for (const Place& place : places) {
+    DemandSureSameness(*place.item, image);
     before.push_back(place.item->DATAValue());
+  }
   SafeArray<std::int32_t> handles;
   SafeArray<Variant> values;
   SafeArray<std::int32_t> errors;
@@ -196,6 +199,8 @@ void GroupSite::CheckRead(InputReader& input) {
     Demand(errors.View()[k] == 0 || values.View()[k].IsEmpty(), "beside an error there is no value");
   }
   device_.groupError = 0;
+  for (const Place& place : places)
+    DemandSureSameness(*place.item, image);
 }
 
 void GroupSite::CheckDescriptors(InputReader& input) {

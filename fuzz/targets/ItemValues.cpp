@@ -1,16 +1,19 @@
 // One item's values between client, device and group buffer, with the simulated panel as device. Properties:
-//   the check of a client value takes and refuses what the item's kind, size and sign say, fails with 5, 6, 13
-//   or 94 only,
-//     and changes nothing; an integer is handed on as its 32 bits
-//   what was written comes back from the device as it was given: integers of every size and sign, bits and
-//   bytes, singles,
-//     texts as far as the item and its code page go, bytes; a BCD item is written as it is and read as decimal
-//     digits
-//   the same through the group's buffer; a word there stays positive, also when it is signed
-//   what is put into a buffer lies most significant byte first at the item's place, and nowhere else
-//   whatever the device brings, reading it gives a value or errInternal, the same twice
-//   a value does not differ from itself; after a write it does, once
+// - the check of a client value takes what the item's type, size and sign say, and refuses everything else with
+//   13, or 6 for what is too large; it changes nothing
+// - what it hands on is the client's value: an integer as its 32 bits, the nearest single, a text as far as the
+//   item goes, all bytes
+// - what was written comes back from the device as it was given: integers of every size and sign, bits and
+//   bytes, every single, texts as far as the item and its code page go, bytes; a BCD item is written as it is
+//   and read as decimal digits
+// - the same through the group's buffer; a word there stays positive, also when it is signed
+// - what is put into a buffer lies most significant byte first at the item's place, and nowhere else
+// - whatever the device brings, reading it gives a value or errInternal, the same twice
+// - a value does not differ from itself; after a write it does, once
+// - what is surely the same in a buffer has not changed there
+#include "ForeseenCheck.h"
 #include "Property.h"
+#include "SureSameness.h"
 #include "Targets.h"
 #include "Values.h"
 #include "errors/modIDataErrors.h"
@@ -65,43 +68,6 @@ class ItemSite {
   PanelMemory memory;
 };
 
-// What an integer item hands on for a client value, as its documentation lists it; nothing when it refuses.
-std::optional<std::int32_t> ExpectedInteger(const KELDataItem& item, const Variant& value) {
-  if (value.IsEmpty() || value.IsNull()) return 0;
-  if (value.IsArray()) return std::nullopt;
-  const std::int32_t size = item.DataSize();
-  switch (value.Kind()) {
-    case VariantKind::I2: {
-      const std::int32_t number = value.Get<std::int16_t>();
-      const bool refused = (number < 0 && !item.Signed()) || (size == 0 && number != 0 && number != 1) ||
-                           (size == 1 && (number < 0 || number > 255));
-      return refused ? std::nullopt : std::optional(number);
-    }
-    case VariantKind::UI1: {
-      const std::int32_t number = value.Get<std::uint8_t>();
-      return size == 0 && number > 1 ? std::nullopt : std::optional(number);
-    }
-    case VariantKind::Date:
-    case VariantKind::Boolean:
-    case VariantKind::Decimal:
-    case VariantKind::Error:
-    case VariantKind::Object:
-      return std::nullopt;
-    default:
-      break;
-  }
-  double number = 0;
-  if (NumberOf([&] { number = ToR8(value); }) != 0 || !(number == std::floor(number))) return std::nullopt;
-  double low = 0;
-  double high = size == 0 ? 1 : size == 1 ? 255 : size == 2 ? 65535 : 4294967295.0;
-  if (item.Signed() && size >= 2) {
-    low = size == 2 ? -32768 : -2147483648.0;
-    high = size == 2 ? 32767 : 2147483647.0;
-  }
-  if ((size != 0 && size != 1 && size != 2 && size != 4) || number < low || number > high) return std::nullopt;
-  return static_cast<std::int32_t>(static_cast<std::int64_t>(number));
-}
-
 // Four decimal digits, each the rounded quotient's lowest four bits.
 std::int32_t ExpectedBCD(std::int32_t value) {
   std::int32_t result = 0;
@@ -151,10 +117,6 @@ double ExpectedClient(const KELDataItem& item, const PanelAddress& address, std:
   return item.BCD() ? ExpectedBCD(static_cast<std::int32_t>(number)) : number;
 }
 
-bool IsSameSingle(float a, float b) {
-  return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b) || (std::isnan(a) && std::isnan(b));
-}
-
 // Puts `raw` at the item's place in a buffer of ones and takes it out again.
 Variant ThroughBuffer(KELDataItem& item, const Variant& raw, std::int32_t offset) {
   constexpr std::size_t Room = 600;
@@ -183,6 +145,7 @@ Variant ThroughBuffer(KELDataItem& item, const Variant& raw, std::int32_t offset
       return About(item, raw) + " at byte " + std::to_string(at) + " of offset " + std::to_string(offset);
     });
   }
+  DemandSureSameness(item, buffer);
   return item.ExtractFromBuffer(buffer);
 }
 
@@ -221,16 +184,17 @@ void CheckIntegerWritten(ItemSite& site, std::int32_t number, const Variant& raw
 void CheckSingleWritten(ItemSite& site, const Variant& checked, const Variant& raw, std::int32_t offset) {
   KELDataItem& item = *site.item;
   const auto number = checked.Get<float>();
-  if (item.BCD())
-    return;  // written as an integer, which the check of a number for such an item does not foresee
-  std::int32_t refused = NumberOf([&] { WritePanelItem(site.memory, site.address, 2, raw); });
-  Demand((refused == 10) == (std::isinf(number) && refused != 0), "the panel takes every single",
-         [&] { return About(item, raw); });
-  if (refused == 0) {
-    const Variant client = Read(item, ReadPanelItem(site.memory, site.address, 2));
-    Demand(client.Is(VariantKind::R4) && IsSameSingle(client.Get<float>(), number),
-           "a single comes back from the device as it was written", [&] { return About(item, client); });
+  if (item.BCD()) {
+    Demand(raw.Is(VariantKind::I4) && raw.Get<std::int32_t>() == std::nearbyint(double{number}),
+           "digits of a single are written as the nearest integer", [&] { return About(item, raw); });
+    return;
   }
+  const std::int32_t refused = NumberOf([&] { WritePanelItem(site.memory, site.address, 2, raw); });
+  Demand(refused == 0, "the panel takes every single",
+         [&] { return About(item, raw) + " gives " + std::to_string(refused); });
+  const Variant client = Read(item, ReadPanelItem(site.memory, site.address, 2));
+  Demand(client.Is(VariantKind::R4) && IsSameSingle(client.Get<float>(), number),
+         "a single comes back from the device as it was written", [&] { return About(item, client); });
   const Variant extracted = ThroughBuffer(item, raw, offset);
   if (offset >= 0 && offset <= 500)
     Demand(IsSameSingle(extracted.Get<float>(), number), "a single comes back from the buffer",
@@ -251,14 +215,16 @@ void CheckBytesWritten(ItemSite& site, const Variant& checked, const Variant& ra
     Demand(sent.Bytes().size() == room, "a text fills its item", [&] { return About(item, raw); });
     Demand(client.Text() == ExpectedText(item, sent.Bytes()), "a text comes back as far as its item goes",
            [&] { return About(item, client); });
-    if (checked.Is(VariantKind::String)) {
-      std::vector<std::uint8_t> padded = EncodeWindows1252(checked.Text());
-      Demand(padded.size() <= static_cast<std::size_t>(item.DataSize()), "a text is cut to its item's size");
+    std::vector<std::uint8_t> padded(room);
+    if (!checked.IsEmpty() && !checked.IsNull()) {
+      padded = checked.IsByteArray() ? std::vector<std::uint8_t>(checked.Bytes().begin(), checked.Bytes().end())
+                                     : EncodeWindows1252(checked.Text());
       padded.resize(room, ' ');
-      Demand(std::equal(padded.begin(), padded.end(), sent.Bytes().begin()), "a text is filled up with blanks",
-             [&] { return About(item, raw); });
     }
+    Demand(std::equal(padded.begin(), padded.end(), sent.Bytes().begin()), "a text is filled up with blanks",
+           [&] { return About(item, raw); });
   } else {
+    Demand(raw == checked, "raw bytes are sent as they were handed on", [&] { return About(item, raw); });
     Demand(client == read, "raw bytes are the client's as they are", [&] { return About(item, client); });
   }
   ThroughBuffer(item, raw, offset);
@@ -270,18 +236,15 @@ void CheckWrite(ItemSite& site, const Variant& value, bool compiledFacts, std::i
   Variant checked;
   Variant raw;
   const std::int32_t number = NumberOf([&] { checked = item.CheckClientValue(value); });
-  Demand(number == 0 || number == 5 || number == 6 || number == 13 || number == 94,
-         "a client value is refused with 5, 6, 13 or 94", [&] { return About(item, value); });
   Demand(item.DATAValue() == held || !(held == held), "the check of a value changes nothing");
-  if (item.ItemType() == ItemTypeInteger) {
-    const std::optional<std::int32_t> expected = ExpectedInteger(item, value);
-    Demand((number == 0) == expected.has_value(), "an integer item takes what its size and sign allow",
-           [&] { return About(item, value) + " gives " + std::to_string(number); });
-    if (expected)
-      Demand(checked.Is(VariantKind::I4) && checked.Get<std::int32_t>() == *expected,
-             "an integer is handed on as 32 bits", [&] { return About(item, checked); });
-  }
+  const ForeseenCheck foreseen = Foresee(item, value);
+  Demand(number == foreseen.refusal, "an item takes what its type, size and sign allow", [&] {
+    return About(item, value) + " gives " + std::to_string(number) + " instead of " +
+           std::to_string(foreseen.refusal);
+  });
   if (number != 0) return;
+  Demand(IsHandedOnAs(checked, foreseen.value), "what is handed on is the client's value",
+         [&] { return About(item, checked) + " instead of " + Shown(foreseen.value); });
   if (const std::int32_t failed = NumberOf([&] { raw = item.RawValue(checked); }); failed != 0) {
     Demand(item.BCD() && item.ItemType() != ItemTypeInteger, "only digits of what is no integer fail later",
            [&] { return About(item, checked) + " fails with " + std::to_string(failed); });

@@ -1,10 +1,12 @@
 // Request sequences: the real spooler and the model of its queue in lock step, with a driver that keeps no
 // rule. The input is a list of steps. Properties, after each step:
-//   a request gets the id that the model gives it, or errQueueFull, and nothing changes
-//   a tick sends what the model sends, to the driver's operation for its kind, with the addresses of that very
-//   request a tick delivers what the model delivers, as the event of its kind, with the completion that belongs
-//   to it a waiting caller is released, and a refresh told of, exactly when the model says so a completion
-//   without a request fails with 91; the spooler is busy when the model is in the end nothing is left alive
+// - a request gets the id that the model gives it, or errQueueFull, and nothing changes
+// - a tick sends what the model sends, to the driver's operation for its kind, with the addresses, dimensions,
+//   values, group and bytes of that very request
+// - a tick delivers what the model delivers, as the event of its kind, with the completion that belongs to it
+// - a waiting caller is released, and a refresh told of, exactly when the model says so
+// - a completion without a request fails with 91; the spooler is busy when the model is
+// - in the end nothing is left alive
 #include "Property.h"
 #include "Targets.h"
 #include "errors/modIDataErrors.h"
@@ -39,7 +41,8 @@ class QueuedGroup final : public RequestGroup {
   SafeArray<std::int16_t> GetDimension(const SafeArray<std::int32_t>& Handles) override {
     return SafeArray<std::int16_t>(Handles.Size(), 0, std::int16_t{1});
   }
-  std::int32_t GroupId() const override { return 7; }
+  static constexpr std::int32_t Id = 7;
+  std::int32_t GroupId() const override { return Id; }
   SafeArray<std::uint8_t> CompiledBuffer() const override { return {1, 2, 3}; }
   bool EnsureDefined() override { return defined; }
   std::int32_t ItemCount() const override { return Items; }
@@ -192,9 +195,11 @@ class LockStep {
       record->PutRequestType(kind);
       record->PutReqGroup(group_);
       if (kind == RT_ReadItemSync || kind == RT_WriteItemSync) record->PutReqItem(item_);
-      // The handle, and with it the address, tells which request a call is about.
-      record->SetHandles({static_cast<std::int32_t>(records_.size()) + 1});
-      record->SetDATAValues({std::int32_t{5}});
+      // Each request has an address, a value and bytes of its own: they tell which one a call is about.
+      const auto number = static_cast<std::int32_t>(records_.size()) + 1;
+      record->SetHandles({number});
+      record->SetDATAValues({ValueOf(number)});
+      record->SetBuffer(BytesOf(number));
       record->SetErrors(SafeArray<std::int32_t>(items));
       const std::optional<std::int32_t> expected = model_.Add(kind, items);
       std::int32_t id = 0;
@@ -279,10 +284,28 @@ class LockStep {
              return "kind " + std::to_string(request.kind) + " called " +
                     (called_.empty() ? "" : called_.front());
            });
-    if (wholeGroup) return;
+    const auto number = static_cast<std::int32_t>(request.number);
+    if (wholeGroup) {
+      Demand(driver_->lastGroupId == QueuedGroup::Id, "a request for a whole group names its group");
+      Demand(driver_->lastBuffer == (writes ? BytesOf(number) : group_->CompiledBuffer()),
+             "a request for a whole group goes out with its own bytes, or the group's",
+             [&] { return "kind " + std::to_string(request.kind) + " number " + std::to_string(number); });
+      return;
+    }
     const bool single = request.kind == 6 || request.kind == 7;
-    const double address = single ? QueuedItem::Address : static_cast<double>(request.number) * 10;
+    const double address = single ? QueuedItem::Address : static_cast<double>(number) * 10;
     Demand(driver_->lastAddresses == SafeArray<double>{address}, "a request goes out with its own addresses");
+    Demand(driver_->lastDimensions == (single ? item_->DimensionArray() : SafeArray<std::int16_t>{1}),
+           "a request goes out with its own dimensions");
+    if (writes)
+      Demand(driver_->lastValues == SafeArray<Variant>{ValueOf(number)},
+             "a request goes out with its own values", std::to_string(number));
+  }
+
+  // What the request of this number writes.
+  static Variant ValueOf(std::int32_t number) { return 1000000 + number; }
+  static SafeArray<std::uint8_t> BytesOf(std::int32_t number) {
+    return {static_cast<std::uint8_t>(number), static_cast<std::uint8_t>(number >> 8), 99};
   }
 
   void DemandRecord(const QueueModel::Request& request) const {

@@ -1,11 +1,13 @@
 // The saved configuration file, with the simulated panel as device. Properties:
-//   without the section of the parameters a load fails with errInvalidFileFormat and changes nothing but the
-//   project name otherwise a load that passes failures over never fails, and one that does not fail either does
-//   the same what a failed load leaves is in order, and a load that follows it does what it does on a new
-//   server names and handles are unique, an item is never both signed and binary coded decimal what was loaded
-//   is saved, unless a name cannot be carried (errInvalidName, errInvalidItemId), and what was saved loads
-//     to the same, a buffer one byte shorter aside
-//   a check tells something of every file whose load fails, with a line that is there
+// - without the section of the parameters a load fails with errInvalidFileFormat and changes nothing but the
+//   project name
+// - otherwise a load that passes failures over never fails, and one that does not fail either does the same
+// - what a failed load leaves is in order, and a load that follows it does what it does on a new server
+// - names and handles are unique, an item is never both signed and binary coded decimal
+// - the length of a group is the sum of its items', and an overflow exactly when that is beyond 32 bits
+// - what was loaded is saved, unless a name cannot be carried (errInvalidName, errInvalidItemId), and what was
+//   saved loads to the same, a buffer one byte shorter aside
+// - a check tells something of every file whose load fails, with a line that is there
 #include "server/SavedConfiguration.h"
 
 #include "PlainIni.h"
@@ -19,6 +21,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <limits>
 #include <set>
 
 namespace orvo::fuzz {
@@ -88,8 +91,12 @@ class ConfiguredSite {
         words += item->ItemWordLength();
       }
       std::int64_t total = words;
-      if (NumberOf([&] { total = group->Items().TotalWordLength(); }) == 0)
-        Demand(total == words, "the group's length is the sum of its items'", group->GroupName());
+      const std::int32_t number = NumberOf([&] { total = group->Items().TotalWordLength(); });
+      const bool fits = words >= std::numeric_limits<std::int32_t>::min() &&
+                        words <= std::numeric_limits<std::int32_t>::max();
+      Demand(number == (fits ? 0 : 6) && total == words,
+             "the group's length is the sum of its items', or error 6 beyond 32 bits",
+             [&] { return group->GroupName() + ": " + std::to_string(words); });
     }
   }
 

@@ -1,9 +1,10 @@
 // Texts. Properties:
-//   well-formed UTF-8 is told from ill-formed as a decoder of its own tells it
-//   a text cut in two at any unit is whole again, but for a character that the cut goes through; lengths add up
-//   device bytes come back from their text, all 256 of them; a text has as many device bytes as units
-//   names that differ in case only have one key, and a key is its own
-//   the number at the beginning of a text is the one that the C library reads there
+// - well-formed UTF-8 is told from ill-formed as a decoder of its own tells it
+// - a text cut in two at any unit is whole again, but for one character when the cut goes through it; the left
+//   part is as long as was asked for, or one unit shorter then
+// - device bytes come back from their text, all 256 of them; a text has as many device bytes as units
+// - names that differ in case only have one key, and a key is its own
+// - the number at the beginning of a text is the one that the C library reads there
 #include "Property.h"
 #include "Targets.h"
 #include "Values.h"
@@ -57,13 +58,22 @@ void CheckCut(const std::string& text, std::size_t units) {
   const std::string left(LeftUnits(text, static_cast<std::int64_t>(units)));
   const std::string right(FromUnit(text, units + 1));
   Demand(text.starts_with(left) && text.ends_with(right), "a cut gives the beginning and the end of a text");
-  Demand(Utf16Length(left) <= units, "the left part is not longer than was asked for");
-  const std::size_t missing = text.size() - std::min(text.size(), left.size() + right.size());
-  if (units >= length)
+  if (units >= length) {
     Demand(left == text && right.empty(), "a cut behind the end leaves the text");
-  else
-    Demand(missing == 0 ? left + right == text : missing <= 4,
-           "two parts are the text, but for a character that was cut", [&] { return left + "|" + right; });
+    return;
+  }
+  const std::size_t parts = left.size() + right.size();
+  if (parts == text.size()) {
+    Demand(Utf16Length(left) == units, "the left part is as long as was asked for",
+           [&] { return left + "|" + right; });
+    return;
+  }
+  // What is missing is the one character of two units that the cut goes through.
+  constexpr std::size_t SizeOfPair = 4;
+  Demand(
+      parts + SizeOfPair == text.size() && Utf16Length(left) + 1 == units &&
+          CodePoints(text.substr(left.size(), SizeOfPair)).value_or(std::vector<std::uint32_t>()).size() == 1,
+      "two parts are the text, but for a character that was cut", [&] { return left + "|" + right; });
 }
 
 void CheckDeviceBytes(const std::string& text) {
