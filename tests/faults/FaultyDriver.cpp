@@ -125,7 +125,7 @@ void FaultyDriver::Call(const std::string& operation) {
 void FaultyDriver::Take(const std::string& operation) {
   const ScriptedDriver& driver = *plant_.driver;
   const bool whole = operation == "ReadGroup" || operation == "WriteGroup";
-  TakenRequest request{operation, ++serial_, {}, {}, {}};
+  TakenRequest request{operation, ++serial_, {}, {}, {}, driver.log.back()};
   if (whole) request.buffer = driver.lastBuffer;
   if (!whole) request.addresses = driver.lastAddresses;
   if (operation == "WriteItems") request.values = driver.lastValues;

@@ -26,6 +26,7 @@ struct TakenRequest {
   SafeArray<double> addresses;
   SafeArray<Variant> values;
   SafeArray<std::uint8_t> buffer;
+  std::string call = {};  // with all its arguments, as the scripted driver's log has it
 };
 
 class FaultyDriver {

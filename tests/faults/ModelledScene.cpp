@@ -1,6 +1,7 @@
 #include "faults/ModelledScene.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace orvo::testing {
@@ -53,6 +54,47 @@ std::string InBrackets(const std::vector<std::string>& texts) {
 std::string ClientText(std::int64_t completion, std::size_t k) {
   const std::string kind = k == 0 ? "I2:" : k == 1 ? "I4:" : "R4:";
   return kind + std::to_string(10 * completion + static_cast<std::int64_t>(k) + 1);
+}
+
+// The same of a whole group's bytes; those that no completion brought are 0.
+std::string GroupText(std::int64_t completion, std::size_t k) {
+  const std::int64_t number = completion == 0 ? 0 : 10 * completion + static_cast<std::int64_t>(k) + 1;
+  return (k == 2 ? "R4:" : "R8:") + std::to_string(number);
+}
+
+// What the request with this number in the model writes to the k-th item: no other writes the same.
+std::int64_t WrittenNumber(std::int64_t request, std::size_t k) {
+  return 500 + 10 * request + static_cast<std::int64_t>(k);
+}
+
+// The bytes of the group with what this request writes, or as they were made.
+std::string ImageText(std::int64_t request, bool written) {
+  SafeArray<std::uint8_t> image(10);
+  const auto put = [&image](std::size_t end, std::uint32_t number) {
+    for (std::size_t at = end; number != 0; number >>= 8U)
+      image.Edit()[--at] = static_cast<std::uint8_t>(number);
+  };
+  if (written) {
+    put(2, static_cast<std::uint32_t>(WrittenNumber(request, 0)));
+    put(6, static_cast<std::uint32_t>(WrittenNumber(request, 1)));
+    put(10, std::bit_cast<std::uint32_t>(static_cast<float>(WrittenNumber(request, 2))));
+  }
+  return LogText(Variant(image)).substr(3);
+}
+
+// The call that sends a request, as the driver's log has it.
+std::string CallText(const QueueModel::Request& request) {
+  const std::string operation = OperationOf(request.kind);
+  const bool write = operation.starts_with("Write");
+  if (OfWholeGroup(operation)) return operation + "(groupId=5,buffer=" + ImageText(request.number, write) + ")";
+  const bool one = PositionsOf(request.kind) == 1;
+  std::string call =
+      operation + "(addresses=" + (one ? "[1],dimensions=[1]" : "[1,102,203],dimensions=[1,2,2]");
+  if (!write) return call + ")";
+  call += ",values=[";
+  for (std::size_t k = 0; k < PositionsOf(request.kind); ++k)
+    call += (k == 0 ? "I4:" : k == 1 ? ",I4:" : ",R4:") + std::to_string(WrittenNumber(request.number, k));
+  return call + "])";
 }
 
 std::string JoinedLines(const Log& lines) {
@@ -178,12 +220,8 @@ void ModelledScene::Follow() {
 void ModelledScene::FollowSent(const std::optional<Request>& sent) {
   std::string got;
   for (const TakenRequest& request : taken_)
-    got += request.operation + " " + std::to_string(request.addresses.Size()) + " ";
-  std::string expected;
-  if (sent)
-    expected = OperationOf(sent->kind) + " " +
-               std::to_string(QueueModel::IsWholeGroup(sent->kind) ? 0 : PositionsOf(sent->kind)) + " ";
-  Wrong("sent", got, expected);
+    got += request.call;
+  Wrong("sent", got, sent ? CallText(*sent) : "");
 }
 
 void ModelledScene::FollowEvents(const QueueModel::Outcome& outcome) {
@@ -192,12 +230,7 @@ void ModelledScene::FollowEvents(const QueueModel::Outcome& outcome) {
   const std::string expected = TextOf(outcome.event);
   Wrong("spooler's event", JoinedLines(std::exchange(spoolerLog_, {})),
         expected.empty() ? "" : expected + " " + std::to_string(outcome.request->id));
-  std::string got = scene_->TakeEvents();
-  const bool wholeRefresh = outcome.request && outcome.request->kind == 11;
-  const std::string event = ClientEvent(outcome);
-  // Against what a whole group's refresh compares, the items, is the matter of other tests.
-  if (wholeRefresh && got.starts_with("DataChange ")) got.clear();
-  Wrong("event", got, event);
+  Wrong("event", scene_->TakeEvents(), ClientEvent(outcome));
 }
 
 std::string ModelledScene::ClientEvent(const QueueModel::Outcome& outcome) {
@@ -206,6 +239,7 @@ std::string ModelledScene::ClientEvent(const QueueModel::Outcome& outcome) {
   const std::string id = " " + std::to_string(request.id) + " ";
   if (outcome.event == QueueModel::Event::CancelRequestComplete) return "AsyncCancelComplete" + id + "True";
   const std::string error = std::to_string(request.error);
+  if (!QueueModel::IsSynchronous(request.kind)) StoreResults(request);
   switch (request.kind) {
     case 1:
       return "AsyncReadComplete" + id + "[1,2,3] " + ListValues(request, 3) + " " +
@@ -222,44 +256,93 @@ std::string ModelledScene::ClientEvent(const QueueModel::Outcome& outcome) {
       return "AsyncWriteAllComplete" + id + "[1,2,3] [" + error + "," + error + "," + error + "]";
     case 11:
       refreshPending_ = false;
-      return {};
+      return DataChangeAllOf(request);
     default:
       return {};
   }
 }
 
+// What the items take from a request of a client, asynchronous or one whose caller was given its results.
+void ModelledScene::StoreResults(const Request& request) {
+  const std::size_t positions = PositionsOf(request.kind);
+  switch (request.kind) {
+    case 1:  // brings Empty where it brings no value
+      for (std::size_t k = 0; k < positions; ++k)
+        items_.TakeOwnRead(k);
+      break;
+    case 4:
+    case 6:
+      for (std::size_t k = 0; k < positions; ++k)
+        if (ErrorAt(request, k, true) == 0) items_.TakeOwnRead(k);
+      break;
+    case 2:
+    case 5:
+    case 7: {
+      // A read's completion puts its values in the place of those that a request for several items writes.
+      const std::size_t values = request.kind == 7 || request.values == 0 ? positions : ValuesBrought(request);
+      for (std::size_t k = 0; k < std::min(positions, values); ++k)
+        if (ErrorAt(request, k, false) == 0) items_.TakeWritten(k);
+      break;
+    }
+    case 9:
+    case 12:
+      if (request.error == 0) items_.TakeGroup(request.buffer);
+      break;
+    case 10:
+    case 13:
+      for (std::size_t k = 0; k < positions && request.error == 0; ++k)
+        items_.TakeWritten(k);
+      break;
+    default:
+      break;
+  }
+}
+
+std::string ModelledScene::DataChangeAllOf(const Request& request) {
+  if (request.error != 0) return {};
+  std::vector<std::string> handles, values;
+  for (const std::size_t k : items_.TakeRefresh(request.buffer)) {
+    handles.push_back(std::to_string(k + 1));
+    values.push_back(GroupText(request.buffer, k));
+  }
+  return handles.empty() ? "" : "DataChange " + InBrackets(handles) + " " + InBrackets(values);
+}
+
 std::string ModelledScene::DataChangeOf(const Request& request) {
   std::vector<std::string> handles, values;
-  const std::size_t brought =
-      request.values == 0 ? 0 : completions_[static_cast<std::size_t>(request.values) - 1].values;
+  const std::size_t brought = ValuesBrought(request);
   for (std::size_t k = 0; k < 3 && request.error == 0; ++k) {
     const bool there = k < brought && k < request.itemErrors.size();
     const std::int64_t now = there ? request.values : 0;
     if (lastRefresh_[k] != 0 && lastRefresh_[k] == now) continue;
     lastRefresh_[k] = now;
+    items_.TakeOwnRead(k);
     handles.push_back(std::to_string(k + 1));
     values.push_back(there ? ClientText(now, k) : "Empty");
   }
   return handles.empty() ? "" : "DataChange " + InBrackets(handles) + " " + InBrackets(values);
 }
 
+std::size_t ModelledScene::ValuesBrought(const Request& request) const {
+  return request.values == 0 ? 0 : completions_[static_cast<std::size_t>(request.values) - 1].values;
+}
+
+std::int32_t ModelledScene::ErrorAt(const Request& request, std::size_t position, bool read) const {
+  if (request.error != 0) return request.error;
+  const std::int32_t error = position < request.itemErrors.size() ? request.itemErrors[position] : 9;
+  return error == 0 && read && position >= ValuesBrought(request) ? 9 : error;
+}
+
 std::string ModelledScene::ListErrors(const Request& request, std::size_t count, bool read) const {
-  const std::size_t brought =
-      request.values == 0 ? 0 : completions_[static_cast<std::size_t>(request.values) - 1].values;
   std::vector<std::string> errors;
-  for (std::size_t k = 0; k < count; ++k) {
-    std::int32_t error = k < request.itemErrors.size() ? request.itemErrors[k] : 9;
-    if (error == 0 && read && k >= brought) error = 9;
-    if (request.error != 0) error = request.error;
-    errors.push_back(std::to_string(error));
-  }
+  for (std::size_t k = 0; k < count; ++k)
+    errors.push_back(std::to_string(ErrorAt(request, k, read)));
   return InBrackets(errors);
 }
 
 // A synchronous read leaves what came beside an error as it came.
 std::string ModelledScene::ListValues(const Request& request, std::size_t count, bool rawBesideErrors) const {
-  const std::size_t brought =
-      request.values == 0 ? 0 : completions_[static_cast<std::size_t>(request.values) - 1].values;
+  const std::size_t brought = ValuesBrought(request);
   TakenRequest answered{"ReadItems", static_cast<int>(request.values), SafeArray<double>{1, 102, 203}, {}, {}};
   const SafeArray<Variant> raw = FaultyDriver::ValuesOf(answered);
   std::vector<std::string> values;
@@ -308,7 +391,9 @@ std::string ModelledScene::Call(std::int32_t kind, std::int32_t& id) {
   KELDataItem& item = *scene_->item;
   SafeArray<Variant> values;
   SafeArray<std::int32_t> errors, handles;
-  const SafeArray<Variant> written{"5", "6", "7"};
+  SafeArray<Variant> written(3);
+  for (std::size_t k = 0; k < 3; ++k)
+    written.Edit()[k] = std::to_string(WrittenNumber(added_, k));
   Variant value("old");
   std::int32_t error = 0;
   switch (kind) {
@@ -328,7 +413,7 @@ std::string ModelledScene::Call(std::int32_t kind, std::int32_t& id) {
       item.SyncRead(value, error);
       return "[" + LogText(value) + "] [" + std::to_string(error) + "]";
     case 7:
-      item.SyncWrite("5", error);
+      item.SyncWrite(written.View()[0], error);
       return "[" + std::to_string(error) + "]";
     case 9:
       group.AsyncReadAll(id);
@@ -378,6 +463,7 @@ void ModelledScene::Issue(std::int32_t kind) {
     if (releases_.empty()) Wrong("the waiting call", "over", "not over");
     const bool byItself = !releases_.empty() && releases_[0].request->number == number;
     if (byItself) expected = Result(*releases_[0].request, 0);
+    if (byItself) StoreResults(*releases_[0].request);
     if (!byItself && id) model_.Cancel(*id);
   }
   if (timedOut && !releases_.empty()) Wrong("the waiting call", "not over", "over");

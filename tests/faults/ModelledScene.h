@@ -7,6 +7,7 @@
 #pragma once
 
 #include "faults/FaultScene.h"
+#include "faults/ModelledItems.h"
 #include "support/QueueModel.h"
 
 #include <cstdint>
@@ -67,6 +68,10 @@ class ModelledScene {
 
   std::string ClientEvent(const QueueModel::Outcome& outcome);
   std::string DataChangeOf(const Request& request);
+  std::string DataChangeAllOf(const Request& request);
+  void StoreResults(const Request& request);
+  std::size_t ValuesBrought(const Request& request) const;
+  std::int32_t ErrorAt(const Request& request, std::size_t position, bool read) const;
   std::string ListErrors(const Request& request, std::size_t count, bool read) const;
   std::string ListValues(const Request& request, std::size_t count, bool rawBesideErrors = false) const;
   std::string GroupBytes(const Request& request) const;
@@ -83,7 +88,8 @@ class ModelledScene {
   std::vector<Due> due_;
   std::vector<Completion> completions_;
   std::vector<QueueModel::Outcome> releases_;  // since the waiting call began
-  std::vector<std::int64_t> lastRefresh_;      // by position the completion of the previous refresh; 0: Empty
+  ModelledItems items_;
+  std::vector<std::int64_t> lastRefresh_;  // by position the completion of the previous refresh; 0: Empty
   bool refreshPending_ = false;
   std::int64_t added_ = 0;  // requests that the model queued
   int tick_ = 0;

@@ -89,8 +89,12 @@ class QueueInLockStep : public SpoolerFixture {
     const std::int32_t kind = Below(200) == 0 ? 8 : 1 + Below(13);
     const auto items = static_cast<std::size_t>(Below(4));
     auto request = Make(kind);
-    // The handle, and with it the address, tells which request a call is about.
-    request->SetHandles({static_cast<std::int32_t>(records_.size()) + 1});
+    // The handle, and with it the address, the value and the bytes tell which request a call is about.
+    const auto number = static_cast<std::int32_t>(records_.size()) + 1;
+    request->SetHandles({number});
+    if (Writes(kind) && !QueueModel::IsWholeGroup(kind)) request->SetDATAValues({Variant(number)});
+    if (Writes(kind) && QueueModel::IsWholeGroup(kind))
+      request->SetBuffer({static_cast<std::uint8_t>(number >> 8), static_cast<std::uint8_t>(number)});
     request->SetErrors(SafeArray<std::int32_t>(items));
     const auto expected = model_.Add(kind, items);
     if (expected) {
@@ -107,6 +111,8 @@ class QueueInLockStep : public SpoolerFixture {
     inside_.clear();
     refuses_ = Below(8) == 0;
     group->defined = Below(10) != 0;
+    group->groupId = Below(1000);
+    group->buffer = {static_cast<std::uint8_t>(Below(256)), 2, 3};
     for (int k = Below(6) == 0 ? 1 + Below(2) : 0; k > 0; --k)
       inside_.push_back(RandomCompletion());
     timer.SyncRequestPending = true;
@@ -192,18 +198,28 @@ class QueueInLockStep : public SpoolerFixture {
       EXPECT_EQ(CallsInJournal(), 0);
       return;
     }
-    const bool writes =
-        request.kind == 2 || request.kind == 5 || request.kind == 7 || request.kind == 10 || request.kind == 13;
-    std::string call = writes ? "Write" : "Read";
-    if (QueueModel::IsWholeGroup(request.kind))
-      call += "Group(";
-    else
-      call += "Items(addresses=[" +
-              (request.kind == 6 || request.kind == 7 ? "55" : std::to_string(request.number * 10)) + "]";
     EXPECT_EQ(CallsInJournal(), 1);
-    EXPECT_TRUE(std::any_of(journal.begin(), journal.end(), [&](const std::string& line) {
-      return line.rfind(call, 0) == 0;
-    })) << call;
+    const std::string call = CallOf(request);
+    EXPECT_EQ(std::count(journal.begin(), journal.end(), call), 1) << call;
+  }
+  static bool Writes(std::int32_t kind) {
+    return kind == 2 || kind == 5 || kind == 7 || kind == 10 || kind == 13;
+  }
+  // With all its arguments: a write carries what its own request brought, a read of the group the group's
+  // bytes.
+  std::string CallOf(const QueueModel::Request& request) const {
+    const bool writes = Writes(request.kind);
+    std::string call = writes ? "Write" : "Read";
+    if (QueueModel::IsWholeGroup(request.kind)) {
+      const std::string bytes =
+          writes ? std::to_string(request.number / 256) + "," + std::to_string(request.number % 256)
+                 : std::to_string(group->buffer.View()[0]) + ",2,3";
+      return call + "Group(groupId=" + std::to_string(group->groupId) + ",buffer=[" + bytes + "])";
+    }
+    const bool one = request.kind == 6 || request.kind == 7;
+    call += "Items(addresses=[" + (one ? "55" : std::to_string(request.number * 10)) + "],dimensions=[" +
+            (one ? "2]" : "1]");
+    return call + (writes ? ",values=[I4:" + std::to_string(request.number) + "])" : ")");
   }
   void ExpectRecord(const QueueModel::Request& request) const {
     const DataRequest& record = *RecordOf(request);
