@@ -15,8 +15,8 @@ namespace orvo::fuzz {
 
 namespace {
 
-constexpr std::int32_t Overflow = 6;
-constexpr std::int32_t WrongKind = 13;
+constexpr std::int32_t RefusedAsTooLarge = 6;
+constexpr std::int32_t RefusedAsOfWrongKind = 13;
 
 bool IsNothing(const Variant& value) {
   return value.IsEmpty() || value.IsNull();
@@ -44,14 +44,14 @@ bool IsWholeOrFloating(VariantKind kind) {
 ForeseenCheck ForeseenDouble(const Variant& value) {
   if (IsWholeOrFloating(value.Kind())) return {0, static_cast<double>(*FloatingValue(value))};
   if (value.Is(VariantKind::Currency)) return {0, LibraryDouble(ToText(value))};
-  if (!value.Is(VariantKind::String)) return {WrongKind, {}};
+  if (!value.Is(VariantKind::String)) return {RefusedAsOfWrongKind, {}};
   const std::string text(value.Text());
   switch (FormOf(text)) {
     case NumberForm::None:
-      return {WrongKind, {}};
+      return {RefusedAsOfWrongKind, {}};
     case NumberForm::Decimal: {
       const double number = LibraryDouble(text);
-      return std::isinf(number) ? ForeseenCheck{Overflow, {}} : ForeseenCheck{0, number};
+      return std::isinf(number) ? ForeseenCheck{RefusedAsTooLarge, {}} : ForeseenCheck{0, number};
     }
     default: {
       double number = 0;  // the target of conversions knows what bits mean
@@ -63,28 +63,28 @@ ForeseenCheck ForeseenDouble(const Variant& value) {
 
 ForeseenCheck ForeseenSingle(const Variant& value) {
   if (IsNothing(value)) return {0, 0.0F};
-  if (value.IsArray()) return {WrongKind, {}};
+  if (value.IsArray()) return {RefusedAsOfWrongKind, {}};
   if (value.Is(VariantKind::R4)) return {0, value.Get<float>()};
   const ForeseenCheck wide = ForeseenDouble(value);
   if (wide.refusal != 0) return wide;
   const auto number = wide.value.Get<double>();
-  if (std::fabs(number) > double{std::numeric_limits<float>::max()}) return {Overflow, {}};
+  if (std::fabs(number) > double{std::numeric_limits<float>::max()}) return {RefusedAsTooLarge, {}};
   return {0, static_cast<float>(number)};
 }
 
 ForeseenCheck ForeseenInteger(const KELDataItem& item, const Variant& value) {
   if (IsNothing(value)) return {0, std::int32_t{0}};
-  if (value.IsArray()) return {WrongKind, {}};
+  if (value.IsArray()) return {RefusedAsOfWrongKind, {}};
   const std::int32_t size = item.DataSize();
   if (value.Is(VariantKind::I2)) {
     const std::int32_t number = value.Get<std::int16_t>();
     const bool refused = (number < 0 && !item.Signed()) || (size == 0 && number != 0 && number != 1) ||
                          (size == 1 && (number < 0 || number > 255));
-    return {refused ? Overflow : 0, number};
+    return {refused ? RefusedAsTooLarge : 0, number};
   }
   if (value.Is(VariantKind::UI1)) {
     const std::int32_t number = value.Get<std::uint8_t>();
-    return {size == 0 && number > 1 ? Overflow : 0, number};
+    return {size == 0 && number > 1 ? RefusedAsTooLarge : 0, number};
   }
   const ForeseenCheck wide = ForeseenDouble(value);
   if (wide.refusal != 0) return wide;
@@ -96,7 +96,8 @@ ForeseenCheck ForeseenInteger(const KELDataItem& item, const Variant& value) {
     high = size == 2 ? 32767 : 2147483647.0;
   }
   const bool hasRange = size == 0 || size == 1 || size == 2 || size == 4;
-  if (!hasRange || !(number == std::floor(number)) || number < low || number > high) return {Overflow, {}};
+  if (!hasRange || !(number == std::floor(number)) || number < low || number > high)
+    return {RefusedAsTooLarge, {}};
   // A double word above the signed range is the same 32 bits.
   const std::int64_t whole = static_cast<std::int64_t>(number);
   return {0, static_cast<std::int32_t>(whole > 2147483647 ? whole - 4294967296 : whole)};
@@ -108,10 +109,10 @@ ForeseenCheck ForeseenBytes(const Variant& list) {
   std::vector<std::uint8_t> bytes;
   for (std::size_t k = 0; k < list.ElementCount(); ++k) {
     const Variant element = list.ElementAt(k);
-    if (element.IsArray() || !IsWholeOrFloating(element.Kind())) return {WrongKind, {}};
+    if (element.IsArray() || !IsWholeOrFloating(element.Kind())) return {RefusedAsOfWrongKind, {}};
     const long double number = *FloatingValue(element);
-    if (!(number == std::floor(number))) return {WrongKind, {}};
-    if (number < 0 || number > 255) return {Overflow, {}};
+    if (!(number == std::floor(number))) return {RefusedAsOfWrongKind, {}};
+    if (number < 0 || number > 255) return {RefusedAsTooLarge, {}};
     bytes.push_back(static_cast<std::uint8_t>(number));
   }
   return {0, Variant::OfBytes(bytes)};
@@ -120,19 +121,19 @@ ForeseenCheck ForeseenBytes(const Variant& list) {
 ForeseenCheck ForeseenText(const KELDataItem& item, const Variant& value) {
   if (IsNothing(value)) return {0, value};
   if (value.IsArray()) return ForeseenBytes(value);
-  if (value.Is(VariantKind::Object) || value.Is(VariantKind::Error)) return {WrongKind, {}};
+  if (value.Is(VariantKind::Object) || value.Is(VariantKind::Error)) return {RefusedAsOfWrongKind, {}};
   // A date beyond the calendar has no text.
   std::string text;
   const std::int32_t refusal = NumberOf([&] { text = ToText(value); });
-  if (refusal != 0) return {value.Is(VariantKind::Date) ? Overflow : 0, {}};
+  if (refusal != 0) return {value.Is(VariantKind::Date) ? RefusedAsTooLarge : 0, {}};
   return {0, Variant(Beginning(text, item.DataSize()))};
 }
 
 ForeseenCheck ForeseenRaw(const KELDataItem& item, const Variant& value) {
   if (IsNothing(value)) return {0, value};
-  if (!value.IsArray()) return {WrongKind, {}};
+  if (!value.IsArray()) return {RefusedAsOfWrongKind, {}};
   const std::int64_t longest = std::max<std::int64_t>(item.DataSize(), 2 * std::int64_t{item.ItemWordLength()});
-  if (static_cast<std::int64_t>(value.ElementCount()) > longest) return {Overflow, {}};
+  if (static_cast<std::int64_t>(value.ElementCount()) > longest) return {RefusedAsTooLarge, {}};
   return ForeseenBytes(value);
 }
 
@@ -149,7 +150,7 @@ ForeseenCheck Foresee(const KELDataItem& item, const Variant& value) {
     case ItemTypeRaw:
       return ForeseenRaw(item, value);
     default:
-      return {IsNothing(value) ? 0 : WrongKind, value};
+      return {IsNothing(value) ? 0 : RefusedAsOfWrongKind, value};
   }
 }
 

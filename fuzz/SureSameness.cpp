@@ -14,31 +14,31 @@ namespace {
 
 using SeenBytes = std::span<const std::uint8_t>;
 
-std::string About(const KELDataItem& item, SeenBytes image) {
+std::string SeenIn(const KELDataItem& item, SeenBytes image) {
   return item.ItemId() + " type " + std::to_string(item.ItemType()) + " words " +
          std::to_string(item.ItemWordLength()) + " at " + std::to_string(item.ItemGroupBufferOffset()) +
          " of " + std::to_string(image.size()) + " bytes holds " + Shown(item.DATAValue()) +
          ", and there stands " + Shown(item.ExtractFromBuffer(image));
 }
 
-void DemandOf(KELDataItem& item, SeenBytes image) {
+void DemandSureIsSame(KELDataItem& item, SeenBytes image) {
   const bool written = item.WriteDone();
   const bool sure = item.IsSurelySameIn(image);
   const bool changed = item.TakeChange(item.ExtractFromBuffer(image));
-  Demand(!sure || !changed, "what is surely the same has not changed", [&] { return About(item, image); });
+  Demand(!sure || !changed, "what is surely the same has not changed", [&] { return SeenIn(item, image); });
   item.SetWriteDone(written);
 }
 
 // What stands at an item's place is surely the same, unless it is longer than a number or compares with
 // nothing.
-void DemandFound(KELDataItem& item, SeenBytes image, const Variant& held) {
+void DemandSameIsSure(KELDataItem& item, SeenBytes image, const Variant& held) {
   const std::int64_t length = 2 * std::int64_t{item.ItemWordLength()};
   const std::int64_t end = item.ItemGroupBufferOffset() + length;
   const bool isInside = length > 0 && item.ItemGroupBufferOffset() >= 0 && end <= std::ssize(image);
   if (!isInside || (item.ItemType() == ItemTypeInteger && length > 4)) return;
   if (item.ItemType() == ItemTypeFloat && (length != 4 || std::isnan(held.Get<float>()))) return;
   Demand(item.IsSurelySameIn(image), "what was taken from the bytes is surely the same in them",
-         [&] { return About(item, image); });
+         [&] { return SeenIn(item, image); });
 }
 
 }  // namespace
@@ -58,26 +58,26 @@ void DemandSureSameness(KELDataItem& item, SeenBytes image) {
   std::vector<SeenBytes> images{image, changed, image.first(0)};
   if (last >= 0 && last < std::ssize(image)) images.push_back(image.first(static_cast<std::size_t>(last)));
 
-  DemandOf(item, image);
+  DemandSureIsSame(item, image);
   item.SetWriteDone(false);
   item.SetDATAValue(there);
-  if (type >= ItemTypeInteger && type <= ItemTypeRaw) DemandFound(item, image, there);
+  if (type >= ItemTypeInteger && type <= ItemTypeRaw) DemandSameIsSure(item, image, there);
   for (const Variant& value : {held, there, Variant(0.0), Variant(-0.0), Variant(0.0F), Variant(-0.0F),
                                Variant(std::nan("")), Variant(std::nanf(""))}) {
     item.SetDATAValue(value);
     for (const SeenBytes& each : images)
       for (const std::int32_t otherType : {ItemTypeInteger, ItemTypeString, ItemTypeFloat, ItemTypeRaw}) {
         item.SetItemType(otherType);
-        DemandOf(item, each);
+        DemandSureIsSame(item, each);
       }
     item.SetItemType(type);
     for (const std::int32_t otherWords : {words - 1, words + 1}) {
       item.SetItemWordLength(otherWords);
-      DemandOf(item, image);
+      DemandSureIsSame(item, image);
     }
     item.SetItemWordLength(words);
     item.SetWriteDone(true);
-    DemandOf(item, image);
+    DemandSureIsSame(item, image);
     item.SetWriteDone(false);
   }
   item.SetDATAValue(held);

@@ -1,15 +1,15 @@
 // The argument list of a call by name, with a double of the automation types in place of the system's
 // (automation/). Properties:
-//   a list that is refused has changed nothing, is refused with a documented code, and names one of its
-//   arguments each parameter is passed as it is declared: type, place (positional from the back, named by
-//   number), reference what is passed is the caller's value, converted; elements of arrays and of script arrays
-//   one by one; what is left out is
-//     marked as such
-//   after the call a variable has what the member wrote, converted to the variable's own type; what the member
-//   had no right
-//     to write is as it was
-//   an array that comes back to a variant can be indexed by a script: it is one of variants, at any depth
-//   no string, array or object is lost or freed twice
+// - a list that is refused has changed nothing, is refused with a documented code, and names one of its
+//   arguments
+// - each parameter is passed as it is declared: type, place (positional from the back, named by number),
+//   reference
+// - what is passed is the caller's value, converted; elements of arrays and of script arrays one by one; what
+//   is left out is marked as such
+// - after the call a variable has what the member wrote, converted to the variable's own type; what the member
+//   had no right to write is as it was
+// - an array that comes back to a variant can be indexed by a script: it is one of variants, at any depth
+// - no string, array or object is lost or freed twice
 #include "Property.h"
 #include "Targets.h"
 #include "Values.h"

@@ -1,13 +1,10 @@
 // The driver configuration file. Properties:
-//   any text is an INI text: what is read of it is what a plainer reading finds, line by line, and it reads the
-//   same when
-//     it is written out again, with a byte-order mark, or with other line ends
-//   the server takes the driver that the text names, or fails with the documented number (5, 429, 13, 6), and
-//   the steps
-//     before the one that failed stay done, the others not
-//   a device type is the kind that stands under its number; one that the driver does not know leaves status and
-//   type as
-//     they were, and no device
+// - any text is an INI text: what is read of it is what a plainer reading finds, line by line, and it reads the
+//   same when it is written out again, with a byte-order mark, or with other line ends
+// - the server takes the driver that the text names, or fails with the documented number (5, 429, 13, 6), and
+//   the steps before the one that failed stay done, the others not
+// - a device type is the kind that stands under its number; one that the driver does not know leaves status and
+//   type as they were, and no device
 #include "PlainIni.h"
 #include "Property.h"
 #include "Targets.h"

@@ -1,13 +1,12 @@
 // Item identifiers, and the names of items. The input is a list of lines, each a step: "-NAME" removes by name,
 // "~NUMBER" removes by handle, any other is an identifier to add, with a tab and a name behind it if it is to
 // have one. Properties:
-//   the panel takes exactly the identifiers of its table, and compiles each to its kind, place, length and type
-//   a compiled address is taken apart into what it was made of
-//   a refusal is error 10 of the panel, and names the identifier
-//   an item is added, removed and named as a plain list of items says, with the documented failure otherwise; a
-//   failure
-//     changes nothing
-//   the data size of an item that compiles is what its identifier says
+// - the panel takes exactly the identifiers of its table, and compiles each to its kind, place, length and type
+// - a compiled address is taken apart into what it was made of
+// - a refusal is error 10 of the panel, and names the identifier
+// - an item is added, removed and named as a plain list of items says, with the documented failure otherwise; a
+//   failure changes nothing
+// - the data size of an item that compiles is what its identifier says
 #include "Property.h"
 #include "Targets.h"
 #include "errors/modIDataErrors.h"

@@ -1,12 +1,15 @@
-// Conversions and comparisons of variants. Properties, per kind asked for:
-//   any            the kind that was asked for, or error 6, 13 or 94; the same kind comes back as it is; Null
-//   is 94 integers       the nearest integer, halves to even, of the value as it exactly is; outside the kind's
-//   range error 6 boolean        what is not 0 is true double, single the nearest one of a text, and of a
-//   number that fits; beyond the range error 6 currency       exactly rounded to four decimals decimal exact
-//   for exact kinds; the 15 digits of a double text           an integer, currency and decimal come back the
-//   same; 15 digits of a double and 7 of a single, as the C
-//                  library rounds them
-//   date           comes back the same from a double; its text is its civil time to the second
+// Conversions and comparisons of variants. Properties, by the kind that is asked for:
+// - any: the kind that was asked for, or error 6, 13 or 94; the same kind comes back as it is; Null is 94
+// - integers: the nearest integer, halves to even, of the value as it exactly is; outside the kind's range
+//   error 6
+// - boolean: what is not 0 is true
+// - double, single: the nearest one of a text, and of a number that fits; beyond the range error 6
+// - currency: exactly rounded to four decimals
+// - decimal: exact for exact kinds; the 15 digits of a double
+// - text: an integer, currency and decimal come back the same; 15 digits of a double and 7 of a single, as the
+//   C library rounds them
+// - date: comes back the same from a double; its text is its civil time to the second
+//
 // Comparison: the exact order of the values, the other way round the other way, transitive; NaN is less on
 // either side.
 #include "Property.h"

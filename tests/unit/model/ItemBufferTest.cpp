@@ -1,7 +1,9 @@
 // Items in the byte image of their group: taking values out, putting them in, and telling a change.
 #include "unit/model/ItemFormatFixture.h"
 
+#include <limits>
 #include <random>
+#include <vector>
 
 namespace orvo::testing {
 namespace {
@@ -207,6 +209,93 @@ TEST(ItemBufferChange, TheTestItselfStoresNothing) {
   loose.item.SetDATAValue(I4(5));
   loose.item.TakeChange(Variant(6.0));
   EXPECT_EQ(LogText(loose.item.DATAValue()), "I4:5");
+}
+
+// What is surely the same is what the long way finds unchanged.
+struct SureRow {
+  const char* what;
+  std::int32_t type, words, offset;
+  Variant held;
+  Image image;
+  bool isSure;
+  bool isSame;
+};
+
+const std::vector<SureRow> SureRows{
+    {"a word", ItemTypeInteger, 1, 1, Variant(515.0), Counting, true, true},
+    {"another word", ItemTypeInteger, 1, 1, Variant(516.0), Counting, false, false},
+    {"a word that differs in its first byte", ItemTypeInteger, 1, 0, Variant(2.0), Counting, false, false},
+    {"a word above 32767", ItemTypeInteger, 1, 0, Variant(65535.0), {255, 255}, true, true},
+    {"a word is never negative", ItemTypeInteger, 1, 0, Variant(-1.0), {255, 255}, false, false},
+    {"a double word", ItemTypeInteger, 2, 0, Variant(16909060.0), Counting, true, true},
+    {"a negative double word", ItemTypeInteger, 2, 0, Variant(-2.0), {255, 255, 255, 254}, true, true},
+    {"a double word is signed",
+     ItemTypeInteger,
+     2,
+     0,
+     Variant(4294967294.0),
+     {255, 255, 255, 254},
+     false,
+     false},
+    {"a number's low half alone", ItemTypeInteger, 2, 0, Variant(772.0), Counting, false, false},
+    {"zero without a sign", ItemTypeInteger, 1, 0, Variant(-0.0), {0, 0}, true, true},
+    {"a longer integer takes a closer look", ItemTypeInteger, 3, 0, Variant(50595078.0), Counting, false, true},
+    {"an integer without words", ItemTypeInteger, 0, 0, Variant(0.0), Counting, false, true},
+    {"NaN in a word", ItemTypeInteger, 1, 0, Variant(NotANumber), {0, 0}, false, false},
+    {"another kind of number", ItemTypeInteger, 1, 0, I4(258), Counting, false, false},
+    {"bytes where a number is due", ItemTypeInteger, 1, 0, Bytes({1, 2}), Counting, false, false},
+    {"a single", ItemTypeFloat, 2, 1, Variant(-2.5F), {9, 0xC0, 0x20, 0, 0}, true, true},
+    {"another single", ItemTypeFloat, 2, 1, Variant(-2.5F), {9, 0xC0, 0x20, 0, 1}, false, false},
+    {"a single's zeros are equal", ItemTypeFloat, 2, 0, Variant(0.0F), {0x80, 0, 0, 0}, true, true},
+    {"NaN is not itself",
+     ItemTypeFloat,
+     2,
+     0,
+     Variant(std::numeric_limits<float>::quiet_NaN()),
+     {0x7F, 0xC0, 0, 0},
+     false,
+     false},
+    {"a single in one word takes a closer look",
+     ItemTypeFloat,
+     1,
+     0,
+     Variant(1.0F),
+     {0x3F, 0x80, 0, 0},
+     false,
+     true},
+    {"a double where a single is due", ItemTypeFloat, 2, 0, Variant(1.0), {0x3F, 0x80, 0, 0}, false, false},
+    {"a single where an integer is due",
+     ItemTypeInteger,
+     2,
+     0,
+     Variant(1.0F),
+     {0x3F, 0x80, 0, 0},
+     false,
+     false},
+    {"a text's bytes", ItemTypeString, 2, 1, Bytes({2, 3, 4, 5}), Counting, true, true},
+    {"raw bytes", ItemTypeRaw, 2, 4, Bytes({5, 6, 7, 8}), Counting, true, true},
+    {"another last byte", ItemTypeRaw, 2, 4, Bytes({5, 6, 7, 9}), Counting, false, false},
+    {"fewer bytes take a closer look", ItemTypeRaw, 2, 4, Bytes({5, 6}), Counting, false, true},
+    {"bytes of an integer", ItemTypeInteger, 2, 0, Bytes({1, 2, 3, 4}), Counting, false, false},
+    {"bytes of no type", 4, 2, 0, Bytes({1, 2, 3, 4}), Counting, false, true},
+    {"nothing held", ItemTypeInteger, 1, 0, Variant(), {0, 0}, false, false},
+    {"half outside", ItemTypeInteger, 1, 7, Variant(2048.0), Counting, false, true},
+    {"behind the end", ItemTypeInteger, 1, 2147483647, Variant(0.0), Counting, false, true},
+    {"before the beginning", ItemTypeRaw, 1, -1, Bytes({0, 1}), Counting, false, true},
+    {"without an image", ItemTypeInteger, 1, 0, Variant(0.0), {}, false, true},
+    {"a negative length", ItemTypeInteger, -1, 0, Variant(0.0), Counting, false, true},
+};
+
+TEST(ItemBufferChange, WhatIsSurelyTheSameInTheImageHasNotChanged) {
+  for (const SureRow& row : SureRows) {
+    Placed placed(row.type, row.words, row.offset);
+    placed.item.SetDATAValue(row.held);
+    const bool sure = placed.item.IsSurelySameIn(row.image);
+    const bool same = !placed.item.TakeChange(placed.item.ExtractFromBuffer(row.image));
+    EXPECT_TRUE(sure == row.isSure && same == row.isSame) << row.what << ": " << sure << ' ' << same;
+    placed.item.SetWriteDone(true);
+    EXPECT_FALSE(placed.item.IsSurelySameIn(row.image)) << row.what << ", written";
+  }
 }
 
 }  // namespace
