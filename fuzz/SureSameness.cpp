@@ -52,10 +52,16 @@ void DemandSureSameness(KELDataItem& item, SeenBytes image) {
   const std::int64_t last = first + 2 * std::int64_t{words} - 1;
   const Variant there = item.ExtractFromBuffer(image);
 
-  std::vector<std::uint8_t> changed(image.begin(), image.end());
-  for (const std::int64_t at : {first, last})
-    if (at >= 0 && at < std::ssize(changed)) changed[static_cast<std::size_t>(at)] ^= 0x80;
-  std::vector<SeenBytes> images{image, changed, image.first(0)};
+  std::vector<SeenBytes> images{image, image.first(0)};
+  std::vector<std::uint8_t> changed[2];
+  std::size_t which = 0;
+  for (const std::int64_t at : {first, last}) {
+    std::vector<std::uint8_t>& other = changed[which++];
+    if (at < 0 || at >= std::ssize(image)) continue;
+    other.assign(image.begin(), image.end());
+    other[static_cast<std::size_t>(at)] ^= 0x80;
+    images.push_back(other);
+  }
   if (last >= 0 && last < std::ssize(image)) images.push_back(image.first(static_cast<std::size_t>(last)));
 
   DemandSureIsSame(item, image);
