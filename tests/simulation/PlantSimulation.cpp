@@ -111,11 +111,9 @@ void PlantSimulation::Step() {
       {2, &PlantSimulation::RestartServer}, {120, &PlantSimulation::Open},
   };
   PassTime();
-  if (run_.canary && !canaryDone_ && platform_.Time().Now() > run_.length / 2) {
-    canaryDone_ = true;
+  if (run_.canary && platform_.Time().Now() > run_.length / 2)
     for (const GroupPointer& group : groups_)
       group->core->PutSubscribed(!group->subscribed);
-  }
   MoveMemory(false);
   Act(IsOpen() ? open : closed);
   RestartWhenStuck();
@@ -177,7 +175,7 @@ void PlantSimulation::RestartServer() {
   if (saved_ && dice_.Chance(600))
     Load();
   else
-    for (int k = dice_.Between(1, 4); k > 0; --k)
+    for (int k = dice_.Between(2, 5); k > 0; --k)
       AddGroup();
   Open();
 }

@@ -30,8 +30,8 @@ struct PlantRun {
   std::uint64_t seed = 1;
   std::chrono::milliseconds length = std::chrono::hours(1);
   std::ostream* echo = nullptr;  // gets each step as a line
-  // Half way groups are subscribed and unsubscribed behind the oracle's back, as a server would do that forgets
-  // what it was told: the run must fail.
+  // From half way on groups are subscribed and unsubscribed behind the oracle's back, as a server would do that
+  // forgets what it was told: the run must fail.
   bool canary = false;
 };
 
@@ -183,7 +183,6 @@ class PlantSimulation {
   std::map<std::int32_t, std::int32_t> imageEnds_;  // by group ids: where the next item of the image lies
   bool linkCut_ = false;
   bool settling_ = false;
-  bool canaryDone_ = false;
   std::deque<std::int32_t> ids_;     // given lately
   std::deque<std::int32_t> timers_;  // that were stopped lately
   std::int64_t stuckNumber_ = 0;

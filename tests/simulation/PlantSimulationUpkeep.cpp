@@ -35,7 +35,7 @@ void PlantSimulation::Subscribe() {
 void PlantSimulation::Activate() {
   if (groups_.empty()) return;
   MirrorGroup& group = *OneOf(groups_);
-  SetActive(group, dice_.Chance(650));
+  SetActive(group, dice_.Chance(800));
 }
 
 void PlantSimulation::SetActive(MirrorGroup& group, bool active) {
@@ -150,11 +150,11 @@ void PlantSimulation::AddGroup() {
   }
   groups_.push_back(group);
   log_.Note(platform_.Time().Now(), "group added", group->handle, group->rate);
-  for (int k = dice_.Between(0, 8); k > 0; --k)
+  for (int k = dice_.Chance(80) ? 0 : dice_.Between(2, 8); k > 0; --k)
     AddItem(*group);
   for (int k = dice_.Between(0, 2); k > 0; --k)
     Advise(group);
-  if (dice_.Chance(700)) SetActive(*group, true);
+  if (dice_.Chance(850)) SetActive(*group, true);
 }
 
 void PlantSimulation::RemoveGroup() {

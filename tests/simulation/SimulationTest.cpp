@@ -29,7 +29,7 @@ TEST_P(SimulatedPlant, DoesForAnHourWhatItsModelDoes) {
     std::cout << "seed " << seed << std::endl;
     const PlantResult result = RunSeed(seed, 1h);
     ASSERT_EQ(result.failure, "") << result.tail << "seed " << seed << ": replay: ./run soak --seed " << seed;
-    EXPECT_GT(result.steps, 3000U) << seed;
+    EXPECT_GT(result.steps, 2000U) << seed;
     EXPECT_GT(result.actions, 500U) << seed;
     EXPECT_GT(result.totals.eventsTold, 100U) << seed;
     EXPECT_GT(result.faults, 20U) << seed;
