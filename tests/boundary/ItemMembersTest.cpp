@@ -12,7 +12,7 @@ ComPtr<Item> Word(Scene& scene) {
   return scene.Item(scene.AddGroup({"WO100"}), 1);
 }
 // The panel holds 4660 at WO100.
-ComPtr<Item> Running(Scene& scene) {
+ComPtr<Item> RunningItem(Scene& scene) {
   ComPtr<Item> item = Word(scene);
   scene.server->OpenCommunication();
   LONG error = -1;
@@ -90,7 +90,7 @@ TEST(ItemMembers, ReadAndWriteTheDevice) {
           {L"USERValue", Get, {}, [](Item& i, Slot& a) { return i.get_USERValue(a.Any()); }, "I4:4660"},
           {L"DATAValue", Get, {}, [](Item& i, Slot& a) { return i.get_DATAValue(a.Any()); }, "I4:4660"},
       },
-      Running);
+      RunningItem);
 }
 
 TEST(ItemMembers, AFailedReadChangesNothing) {
@@ -106,11 +106,11 @@ TEST(ItemMembers, AFailedReadChangesNothing) {
            fault},
           {L"SyncWrite", Method, {I2(3), I4(5)}, write, "Empty | I4:77", {1}, fault},
       },
-      Running);
+      RunningItem);
 }
 
 TEST_F(Boundary, AReadGivesTheTimeToAVariableOfAnyType) {
-  const ComPtr<Item> item = Running(scene);
+  const ComPtr<Item> item = RunningItem(scene);
   Value value;
   LONG error = -1;
   Value time = Str("whatever it held");

@@ -9,7 +9,7 @@ constexpr const char* Invalid = "Invalid State: Server is running\" ORVOBusiness
 using Server = _KELDataServer;
 using Rows = std::vector<Row<Server>>;
 
-ComPtr<Server> Fresh(Scene& scene) {
+ComPtr<Server> FreshServer(Scene& scene) {
   scene.server = Scene::NewServer();
   return scene.server;
 }
@@ -160,7 +160,7 @@ TEST(ServerMembers, OfANewServer) {
            [](Server& s, Slot& a) { return s.SaveConfigurationToFile(*a.Name(0)); },
            "80040001 \"Invalid State: Server not stopped\" ORVOBusiness.KELDataServer"},
       },
-      Fresh);
+      FreshServer);
 }
 
 TEST(ServerMembers, CarryTheNumbersOfTheRunTimeAndOfTheDriver) {
@@ -195,7 +195,7 @@ TEST(ServerMembers, MissingFilesKeysAndClassesAreRunTimeErrors) {
   const auto choose = [](Server& s, Slot& a) { return s.SetDriverConfigurationFile(*a.Name(0)); };
   const auto number = [&](const char* file) {
     Scene scene;
-    const ComPtr<Server> server = Fresh(scene);
+    const ComPtr<Server> server = FreshServer(scene);
     const Value name = Str(file);
     Slot slot({name});
     const std::string bySlot = SlotText(choose(*server.Get(), slot));
@@ -206,7 +206,7 @@ TEST(ServerMembers, MissingFilesKeysAndClassesAreRunTimeErrors) {
   };
   EXPECT_EQ(number("missing.ini"), "800A0035");
   Scene scene;
-  const ComPtr<Server> server = Fresh(scene);
+  const ComPtr<Server> server = FreshServer(scene);
   EXPECT_EQ(SlotText(server->SetDriverConfigurationFile(Text16("none.ini"))).substr(0, 8), "800A01AD");
   const Reply reply = Invoke(server.Get(), L"SetDriverConfigurationFile", Method, {Str("none.ini")});
   EXPECT_EQ(reply.text.substr(0, 8), "800A01AD");

@@ -22,7 +22,7 @@ namespace {
 // Messages of one kind that a pass handles. A queue that is never empty must not keep it for ever.
 constexpr int MessagesPerPass = 200;
 
-CivilTime LocalCivil() {
+CivilTime LocalCivilTime() {
   SYSTEMTIME local{};
   ::GetLocalTime(&local);
   return {local.wYear,   local.wMonth,  local.wDay,         local.wHour,
@@ -309,11 +309,11 @@ std::uint32_t Win32Platform::TickCount() const {
 }
 
 float Win32Platform::SecondsSinceMidnight() const {
-  return SecondsOfDay(LocalCivil());
+  return SecondsOfDay(LocalCivilTime());
 }
 
 Date Win32Platform::LocalNow() const {
-  return DateFromCivil(LocalCivil());
+  return DateFromCivil(LocalCivilTime());
 }
 
 std::int32_t Win32Platform::SetTimer(std::chrono::milliseconds period, TimerCallback callback) {

@@ -15,12 +15,12 @@ namespace orvo::testing {
 
 namespace {
 
-enum class Way { Direct, Slot, Name };
+enum class Path { Direct, Slot, Name };
 
-std::shared_ptr<CommunicationDriver> Behind(Way way, const std::shared_ptr<SimulatedPanel>& panel) {
-  if (way == Way::Direct) return panel;
+std::shared_ptr<CommunicationDriver> Behind(Path way, const std::shared_ptr<SimulatedPanel>& panel) {
+  if (way == Path::Direct) return panel;
   const ComPtr<::ICommunicationDriver> driver(new com::DriverExport(panel, "SimulatedPanel.Channel"));
-  if (way == Way::Slot) return com::ImportDriver(driver.Query<IUnknown>());
+  if (way == Path::Slot) return com::ImportDriver(driver.Query<IUnknown>());
   return com::ImportDriver(
       ComPtr<IUnknown>(static_cast<IUnknown*>(new OnlyDispatch(driver.Query<IDispatch>()))));
 }
@@ -28,7 +28,7 @@ std::shared_ptr<CommunicationDriver> Behind(Way way, const std::shared_ptr<Simul
 // One server with one panel, and a log of what its client sees.
 class Story {
  public:
-  Story(Way way, PanelOptions options = {}) {
+  Story(Path way, PanelOptions options = {}) {
     scene.Files().PutFile("drivers.ini",
                           "[Drivers]\nDataCommunication=Panel.Behind\nNetworkType=3\n2=PanelB\n7=PanelX\n");
     drivers.Register("Panel.Behind", [this, way, options](DriverHost host) {
@@ -67,11 +67,11 @@ class Story {
   Log log;
 };
 
-class PanelRoundTrip : public ::testing::TestWithParam<Way> {
+class PanelRoundTrip : public ::testing::TestWithParam<Path> {
  protected:
   // Runs the story direct and this way; the logs must be equal.
   void Compare(const std::function<void(Story&)>& tell, PanelOptions options = {}) {
-    const Log expected = Told(Way::Direct, tell, options);
+    const Log expected = Told(Path::Direct, tell, options);
     EXPECT_EQ(Told(GetParam(), tell, options), expected);
     EXPECT_FALSE(expected.empty());
     EXPECT_EQ(com::ModuleCount::Value(), 0);
@@ -79,15 +79,15 @@ class PanelRoundTrip : public ::testing::TestWithParam<Way> {
   }
 
  private:
-  static Log Told(Way way, const std::function<void(Story&)>& tell, const PanelOptions& options) {
+  static Log Told(Path way, const std::function<void(Story&)>& tell, const PanelOptions& options) {
     Story story(way, options);
     tell(story);
     return story.log;
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, PanelRoundTrip, ::testing::Values(Way::Slot, Way::Name),
-                         [](const auto& way) { return way.param == Way::Slot ? "Slot" : "Name"; });
+INSTANTIATE_TEST_SUITE_P(Ways, PanelRoundTrip, ::testing::Values(Path::Slot, Path::Name),
+                         [](const auto& way) { return way.param == Path::Slot ? "Slot" : "Name"; });
 
 TEST_P(PanelRoundTrip, Properties) {
   Compare([](Story& story) {
