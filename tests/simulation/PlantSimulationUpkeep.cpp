@@ -65,7 +65,7 @@ void PlantSimulation::NoteTimer(MirrorGroup& group) {
 void PlantSimulation::ChangeRate() {
   if (groups_.empty()) return;
   MirrorGroup& group = *OneOf(groups_);
-  const std::int32_t rate = dice_.Chance(40) ? dice_.Between(60, 600) : 100 * dice_.Between(20, 300);
+  const std::int32_t rate = dice_.Chance(25) ? dice_.Between(60, 600) : 100 * dice_.Between(30, 500);
   if (group.timer >= 0) timers_.push_back(group.timer);
   group.rate = rate;
   group.core->PutUpdateRate(rate);
@@ -138,7 +138,7 @@ void PlantSimulation::AddGroup() {
   group->name = "Group " + std::to_string(++names_);
   group->core = server_->KELDataGroups()->Add(Variant(group->name));
   group->handle = group->core->Handle();
-  group->rate = 100 * dice_.Between(20, 300);
+  group->rate = 100 * dice_.Between(30, 500);
   group->core->PutUpdateRate(group->rate);
   group->subscribed = dice_.Chance(800);
   group->core->PutSubscribed(group->subscribed);
