@@ -219,6 +219,9 @@ void PlantSimulation::Settle() {
 
 void PlantSimulation::CheckBounds() {
   const QueueModel& queue = oracle_->Queue();
+  if (server_)
+    oracle_->Require(server_->Spooler()->IsBusy() == queue.IsBusy(),
+                     "the spooler and its model differ in whether a request is in flight");
   std::int64_t most = 3 + removedObjects_;  // server, groups collection, spooler
   for (const GroupPointer& group : groups_)
     most += 2 + static_cast<std::int64_t>(group->items.size());

@@ -212,6 +212,7 @@ void PlantSimulation::ReadItem() {
   oracle_->SyncBegins({6, group, {item}, {}, {}});
   core->SyncRead(value, error, &stamp);
   const PlantOracle::SyncEnd end = oracle_->SyncEnds();
+  if (oracle_->HasFailed()) return;
   const std::int32_t expected = end.error != 0 ? end.error : end.itemErrors[0];
   oracle_->Require(error == expected, "a read of an item returns another error");
   if (expected != 0)

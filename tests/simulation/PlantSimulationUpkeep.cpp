@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace orvo::testing {
 
@@ -18,6 +19,7 @@ namespace {
 constexpr std::size_t MostGroups = 7;
 constexpr std::size_t MostItems = 12;
 constexpr std::int32_t ImageBytes = 254;
+constexpr std::int32_t ImageDistance = 256;
 constexpr std::int32_t GroupIds = 120;
 constexpr const char* SavedFile = "plant.cfg";
 constexpr std::size_t TimersKept = 30;
@@ -127,7 +129,11 @@ std::int32_t PlantSimulation::NewGroupId() {
     if (saved_ &&
         std::any_of(saved_->begin(), saved_->end(), [&](const SavedGroup& saved) { return has(saved.facts); }))
       continue;
+    // What an earlier group of this image left is gone: a read that waits may show it as an item's that comes.
     imageEnds_[id] = 0;
+    std::erase_if(cells_, [id](const PlantCell& cell) { return cell.WordAddress() / ImageDistance == id; });
+    const std::vector<std::uint8_t> nothing(ImageDistance);
+    Panel().Memory().PutBytes(PlantOracle::ImageStart(id), nothing);
     return id;
   }
 }
