@@ -87,6 +87,9 @@ void BenchDriver::ReadItems(const SafeArray<double>& CompiledAddresses, const Sa
     values.Resize(CompiledAddresses.Size());
     errors = SafeArray<std::int32_t>(CompiledAddresses.Size());
   }
+  if (ownAnswers_)
+    for (Variant& value : values.Edit())
+      value = value.Unshared();
   Answer([sink = sink_, values, errors] { sink->AsyncReadComplete(values, errors); });
 }
 

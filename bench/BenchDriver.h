@@ -32,6 +32,8 @@ class BenchDriver final : public CommunicationDriver {
   void NextPhase() noexcept { phase_ ^= 1U; }
   // How long an answer takes; 0: until the next pass of the message loop.
   void PutDelay(std::chrono::milliseconds delay) noexcept { delay_ = delay; }
+  // Answers of the same values in memory of their own, which then is what the server holds.
+  void PutOwnAnswers(bool own) noexcept { ownAnswers_ = own; }
   std::uint64_t Reads() const noexcept { return reads_; }
 
   void SetEventSink(std::shared_ptr<IEventNotify> Sink) override { sink_ = std::move(Sink); }
@@ -92,6 +94,7 @@ class BenchDriver final : public CommunicationDriver {
   std::vector<GroupAnswers> groups_;
   std::size_t perGroup_ = 0;
   bool wholeGroups_ = false;
+  bool ownAnswers_ = false;
   unsigned phase_ = 0;
   std::chrono::milliseconds delay_{0};
   std::int32_t timer_ = 0;

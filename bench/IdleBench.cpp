@@ -33,7 +33,7 @@ double ShareOf(Run&& run) {
 }
 
 struct OpenServer {
-  OpenServer() {
+  explicit OpenServer(bool active = false) {
     files.PutFile("bench.ini", DriverFile(BenchDriver::ProgId));
     drivers.Register(BenchDriver::ProgId, [&](DriverHost host) {
       driver = std::make_shared<BenchDriver>(host);
@@ -47,6 +47,9 @@ struct OpenServer {
       groups.push_back(server->KELDataGroups()->Add());
       for (std::size_t i = 0; i < ItemsPerGroup; ++i)
         groups.back()->Items().Add(Identifier(i, k * ItemsPerGroup + i));
+      groups.back()->PutUpdateRate(1000);
+      groups.back()->PutSubscribed(active);
+      groups.back()->PutActive(active);
     }
     server->OpenCommunication();
   }
@@ -67,6 +70,16 @@ void IdleServer(benchmark::State& state) {
   OpenServer open;
   for (auto _ : state)
     state.counters["figure"] = ShareOf([&] { open.platform.RunFor(Span); });
+}
+
+// Every group is refreshed once a second, and nothing changes.
+void RefreshingServer(benchmark::State& state) {
+  OpenServer open(true);
+  open.platform.RunFor(std::chrono::milliseconds(1500));
+  const std::uint64_t before = open.driver->Reads();
+  for (auto _ : state)
+    state.counters["figure"] = ShareOf([&] { open.platform.RunFor(Span); });
+  if (open.driver->Reads() < before + 3 * Groups) state.SkipWithError("not every group was refreshed");
 }
 
 // A synchronous read whose answer takes its time.
@@ -91,6 +104,7 @@ void PlainWaiting(benchmark::State& state) {
 }
 
 BENCHMARK(IdleServer)->Arg(10000)->Iterations(1)->UseRealTime();
+BENCHMARK(RefreshingServer)->Arg(10000)->Iterations(1)->UseRealTime();
 BENCHMARK(WaitingCall)->Arg(10000)->Iterations(1)->UseRealTime();
 BENCHMARK(PlainWaiting)->Arg(10000)->Iterations(1)->UseRealTime();
 

@@ -73,6 +73,8 @@ void PlainLoop::ListChanges(const Image& image, std::vector<std::int32_t>& handl
                             std::vector<Value>& values) {
   double number = 0;
   std::int32_t handle = 0;
+  handles.reserve(items_.size());
+  values.reserve(items_.size());
   for (Item& item : items_) {
     ++handle;
     const std::uint8_t* const bytes = image.bytes.data() + item.offset;
@@ -86,6 +88,7 @@ void PlainLoop::ListChanges(const Image& image, std::vector<std::int32_t>& handl
 }
 
 void PlainLoop::Read(const Image& image, std::vector<Value>& values) const {
+  values.reserve(items_.size());
   for (const Item& item : items_) {
     const std::uint8_t* const bytes = image.bytes.data() + item.offset;
     if (item.type == StringType)

@@ -144,6 +144,15 @@ SAFEARRAY* HandleArray() {
   return array;
 }
 
+// Every item was read.
+void RequireNoErrors(SAFEARRAY* errors) {
+  LONG* elements = nullptr;
+  Require(SafeArrayAccessData(errors, reinterpret_cast<void**>(&elements)), "SafeArrayAccessData");
+  for (std::size_t k = 0; k < Items; ++k)
+    if (elements[k] != 0) Require(E_FAIL, "an item of SyncRead");
+  Require(SafeArrayUnaccessData(errors), "SafeArrayUnaccessData");
+}
+
 void MeasureRead(Client& client, int rounds) {
   SAFEARRAY* handles = HandleArray();
   const SafeArray<std::int32_t> coreHandles = client.core->Items().AllHandles();
@@ -154,6 +163,7 @@ void MeasureRead(Client& client, int rounds) {
       SAFEARRAY* values = SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(Items));
       SAFEARRAY* errors = SafeArrayCreateVector(VT_I4, 0, static_cast<ULONG>(Items));
       Require(client.group->SyncRead(&handles, &values, &errors), "SyncRead");
+      RequireNoErrors(errors);
       SafeArrayDestroy(values);
       SafeArrayDestroy(errors);
     }));
@@ -161,7 +171,8 @@ void MeasureRead(Client& client, int rounds) {
       SafeArray<Variant> values;
       SafeArray<std::int32_t> errors;
       client.core->SyncRead(coreHandles, values, errors);
-      if (values.Size() != Items) Require(E_FAIL, "the core's SyncRead");
+      if (values.Size() != Items || std::ranges::any_of(errors.View(), [](auto error) { return error != 0; }))
+        Require(E_FAIL, "the core's SyncRead");
     }));
   }
   SafeArrayDestroy(handles);
