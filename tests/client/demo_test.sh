@@ -2,11 +2,14 @@
 # What the README shows of the client: `orvo demo`, and a first configuration.
 . "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/client.sh"
 
-# still FILE: the part that the README shows up to the changes, without the values that move.
+# still FILE: the part that the README shows up to the changes, without the values that move. The request that waits is
+# cancelled at its turn, which on a machine that is busy can come before the answer of the one ahead is handed over.
 still() {
   awk '/^A synchronous read/ { on = 1 }
        on && $2 ~ /^(BI|BY|DW|FL)|^WO104/ { $0 = "  " $1 " " $2 }
-       on
+       on && /^  event AsyncCancelComplete  transaction 4/ && last !~ /transaction 3/ { late = $0; next }
+       on { print; last = $0 }
+       late != "" && /transaction 3/ { print late; late = "" }
        /^DataChange events/ { exit }' "$1"
 }
 

@@ -16,7 +16,7 @@ namespace {
 // Typed: by name, by a driver whose members have declared types.
 enum class Way { Slot, Name, Typed };
 
-std::string FailureOf(const std::function<void()>& call) {
+std::string NumberAndText(const std::function<void()>& call) {
   try {
     call();
   } catch (const AutomationError& error) {
@@ -76,7 +76,7 @@ TEST_P(DriverImport, EveryOperationArrivesWithItsArgumentsAndAnswers) {
 TEST_P(DriverImport, EveryOperationFailsWithTheDriversNumberAndText) {
   for (const Operation& operation : Operations()) {
     recorder->failures[operation.name] = {static_cast<HRESULT>(0x800A0002), operation.name + " fails"};
-    EXPECT_EQ(FailureOf([&] { operation.call(*driver); }), "2: " + operation.name + " fails");
+    EXPECT_EQ(NumberAndText([&] { operation.call(*driver); }), "2: " + operation.name + " fails");
   }
 }
 
@@ -93,13 +93,13 @@ TEST_P(DriverImport, NumbersOfFailuresArriveAsTheyAre) {
                       {E_FAIL, static_cast<int>(E_FAIL)}};
   for (const Row& row : rows) {
     recorder->failures["BoardStatus"] = {row.result, "reason"};
-    EXPECT_EQ(FailureOf([&] { driver->BoardStatus(); }), std::to_string(row.number) + ": reason");
+    EXPECT_EQ(NumberAndText([&] { driver->BoardStatus(); }), std::to_string(row.number) + ": reason");
   }
 }
 
 TEST_P(DriverImport, AFailureWithoutTextGetsTheSystemsText) {
   recorder->failures["BoardStatus"] = {E_OUTOFMEMORY, ""};
-  const std::string failure = FailureOf([&] { driver->BoardStatus(); });
+  const std::string failure = NumberAndText([&] { driver->BoardStatus(); });
   const std::string number = std::to_string(static_cast<int>(E_OUTOFMEMORY)) + ": ";
   EXPECT_EQ(failure.substr(0, number.size()), number);
   EXPECT_GT(failure.size(), number.size());
@@ -115,7 +115,7 @@ TEST_P(DriverImport, WhatAnEarlierFailureLeftIsNoTextOfALaterOne) {
   };
   recorder->failures["BoardStatus"] = {E_FAIL, ""};
   create();
-  EXPECT_EQ(FailureOf([&] { driver->BoardStatus(); }).find("stale"), std::string::npos);
+  EXPECT_EQ(NumberAndText([&] { driver->BoardStatus(); }).find("stale"), std::string::npos);
 }
 
 TEST_P(DriverImport, LowerBoundsAreKept) {
@@ -139,7 +139,7 @@ TEST_P(DriverImport, AnUnknownDeviceKindHasNoDevice) {
 
 TEST_P(DriverImport, AFailingCreateDevicePassesItsNumberOn) {
   recorder->failures["CreateDevice"] = {static_cast<HRESULT>(0x800A0063), "no device"};
-  EXPECT_EQ(FailureOf([&] { driver->CreateDevice("PanelB"); }), "99: no device");
+  EXPECT_EQ(NumberAndText([&] { driver->CreateDevice("PanelB"); }), "99: no device");
 }
 
 TEST_P(DriverImport, ADeviceCompilesIdentifiers) {
@@ -159,7 +159,8 @@ TEST_P(DriverImport, ADeviceCompilesIdentifiers) {
   recorder->answers["CompileItemId"] = Flag(false);
   EXPECT_FALSE(device->CompileItemId("XX", address, length, type));
   recorder->failures["CompileItemId"] = {static_cast<HRESULT>(0x800A000A), "no such variable: XX"};
-  EXPECT_EQ(FailureOf([&] { device->CompileItemId("XX", address, length, type); }), "10: no such variable: XX");
+  EXPECT_EQ(NumberAndText([&] { device->CompileItemId("XX", address, length, type); }),
+            "10: no such variable: XX");
 }
 
 TEST_P(DriverImport, ADeviceExtractsValues) {
@@ -170,7 +171,7 @@ TEST_P(DriverImport, ADeviceExtractsValues) {
   EXPECT_EQ(recorder->Lines(), "ExtractValue R8:100, I4:9, I4:0");
   EXPECT_EQ(value, Variant(std::int16_t{1}));
   recorder->failures["ExtractValue"] = {E_FAIL, "not this one"};
-  EXPECT_EQ(FailureOf([&] { device->ExtractValue(100, value, 0); }),
+  EXPECT_EQ(NumberAndText([&] { device->ExtractValue(100, value, 0); }),
             std::to_string(static_cast<int>(E_FAIL)) + ": not this one");
   EXPECT_EQ(value, Variant(std::int16_t{1}));
 }
@@ -180,7 +181,7 @@ TEST_P(DriverImport, ADeviceHearsOfLoadedItems) {
   device->ItemLoaded("WO100", 5, 1, 0);
   EXPECT_EQ(recorder->Lines(), "ItemLoaded Str:\"WO100\", R8:5, I4:1, I4:0");
   recorder->failures["ItemLoaded"] = {static_cast<HRESULT>(0x800A000A), "too long"};
-  EXPECT_EQ(FailureOf([&] { device->ItemLoaded("WO100", 5, 1, 0); }), "10: too long");
+  EXPECT_EQ(NumberAndText([&] { device->ItemLoaded("WO100", 5, 1, 0); }), "10: too long");
 }
 
 TEST_P(DriverImport, ADeviceOutlivesItsDriver) {
@@ -213,9 +214,9 @@ TEST(DispatchDriver, AnswersAreConverted) {
   recorder->answers["GroupTransfer"] = I4(1);
   EXPECT_TRUE(driver->GroupTransfer());
   recorder->answers["BoardStatus"] = Str("twelve");
-  EXPECT_EQ(FailureOf([&] { driver->BoardStatus(); }), "13: Type mismatch: the answer of BoardStatus");
+  EXPECT_EQ(NumberAndText([&] { driver->BoardStatus(); }), "13: Type mismatch: the answer of BoardStatus");
   recorder->answers["MinorVersion"] = I4(70000);
-  EXPECT_EQ(FailureOf([&] { driver->MinorVersion(); }), "6: Overflow: the answer of MinorVersion");
+  EXPECT_EQ(NumberAndText([&] { driver->MinorVersion(); }), "6: Overflow: the answer of MinorVersion");
 }
 
 TEST(DispatchDriver, NamesAreLookedUpOnce) {
@@ -232,7 +233,7 @@ TEST(DispatchDriver, AMissingMemberIsNamed) {
   auto* const named = new NameRecorder(recorder);
   const auto driver = com::ImportDriver(ComPtr<IUnknown>(named));
   named->missing = {"BoardStatus", "ItemLoaded"};
-  EXPECT_EQ(FailureOf([&] { driver->BoardStatus(); }),
+  EXPECT_EQ(NumberAndText([&] { driver->BoardStatus(); }),
             "438: Object doesn't support this property or method: BoardStatus");
   named->missing.clear();
   EXPECT_EQ(driver->BoardStatus(), 0);
@@ -242,9 +243,9 @@ TEST(DispatchDriver, RefusedArgumentsAreReportedWithTheMember) {
   const auto recorder = std::make_shared<Recorder>();
   const auto driver = com::ImportDriver(ComPtr<IUnknown>(new NameRecorder(recorder)));
   recorder->failures["BaudRate="] = {DISP_E_TYPEMISMATCH, ""};
-  EXPECT_EQ(FailureOf([&] { driver->PutBaudRate(1); }), "13: Type mismatch: the arguments of BaudRate");
+  EXPECT_EQ(NumberAndText([&] { driver->PutBaudRate(1); }), "13: Type mismatch: the arguments of BaudRate");
   recorder->failures["BaudRate="] = {DISP_E_BADPARAMCOUNT, ""};
-  EXPECT_EQ(FailureOf([&] { driver->PutBaudRate(1); }),
+  EXPECT_EQ(NumberAndText([&] { driver->PutBaudRate(1); }),
             "450: Wrong number of arguments or invalid property assignment: BaudRate");
 }
 
@@ -252,7 +253,7 @@ TEST(DispatchDriver, ACodeOf16BitsIsTheNumber) {
   const auto recorder = std::make_shared<Recorder>();
   const auto driver = com::ImportDriver(ComPtr<IUnknown>(new NameRecorder(recorder)));
   recorder->failures["OpenCommunication"] = {S_OK, "the line is busy", 3};
-  EXPECT_EQ(FailureOf([&] { driver->OpenCommunication(true); }), "3: the line is busy");
+  EXPECT_EQ(NumberAndText([&] { driver->OpenCommunication(true); }), "3: the line is busy");
 }
 
 TEST(DispatchDriver, ADeviceWithItsOwnInterfaceIsCalledBySlot) {
@@ -274,7 +275,7 @@ TEST(DispatchDriver, WhatIsNoDeviceIsRefused) {
     EXPECT_EQ(driver->CreateDevice("PanelB"), nullptr) << Text(none);
   }
   recorder->answers["CreateDevice"] = I4(5);
-  EXPECT_EQ(FailureOf([&] { driver->CreateDevice("PanelB"); }),
+  EXPECT_EQ(NumberAndText([&] { driver->CreateDevice("PanelB"); }),
             "13: Type mismatch: the answer of CreateDevice is no device object");
 }
 
@@ -302,7 +303,7 @@ TEST(ImportedDriver, ObjectsThatAreNoDriverAreRefused) {
   EXPECT_EQ(com::ImportDriver(nullptr), nullptr);
   ComPtr<ICreateErrorInfo> other;
   ASSERT_EQ(CreateErrorInfo(other.Put()), S_OK);
-  EXPECT_EQ(FailureOf([&] { com::ImportDriver(other.Query<IUnknown>()); }),
+  EXPECT_EQ(NumberAndText([&] { com::ImportDriver(other.Query<IUnknown>()); }),
             "438: Object doesn't support this property or method: it offers neither the driver interface nor "
             "dispatch");
 }
