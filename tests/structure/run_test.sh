@@ -3,7 +3,7 @@
 here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$here/assert.sh"
 . "$here/stubs.sh"
-Needs=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev)
+Needs=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev pkg-config libmodbus-dev)
 
 set_up_tree() {
   set_up_stubs
@@ -91,7 +91,7 @@ same "a broken build: orvo is not started" "" "$output"
 check "a broken build: the log is shown" contains "$messages" "the compiler is not amused"
 
 set_up_tree
-printf '%s\n' g++ cmake ninja-build nlohmann-json3-dev >"$scratch/installed"
+printf '%s\n' g++ cmake ninja-build nlohmann-json3-dev pkg-config libmodbus-dev >"$scratch/installed"
 go "$project/run" x
 same "one package missing: calls" "apt-get update;apt-get install libcli11-dev;" "$(tr '\n' ';' <"$scratch/calls")"
 same "one package missing: it goes on" "<x> 7" "$output $status"

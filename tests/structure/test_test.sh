@@ -4,7 +4,7 @@ here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
 . "$here/assert.sh"
 . "$here/stubs.sh"
 Needs=(g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev jq pkg-config dpkg-dev file
-  groff-base clang-14 lld-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
+  groff-base libmodbus-dev socat python3-pymodbus nodejs npm clang-14 lld-14 libclang-rt-14-dev clang-format-14 clang-tidy-14)
 NeedsForWindows=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools wine64 wine64-tools libwine-dev
   googletest fp-compiler fpc-source-3.2.2)
 
@@ -196,7 +196,16 @@ check "nothing of Windows is run" row "x64 tests" "NOT RUN"
 
 set_up_tree
 printf '%s\n' g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libgtest-dev libgmock-dev jq pkg-config dpkg-dev file groff-base \
-  clang-14 lld-14 libclang-rt-14-dev clang-format-14 >"$scratch/installed"
+  libmodbus-dev socat python3-pymodbus nodejs npm clang-14 lld-14 libclang-rt-14-dev clang-format-14 >"$scratch/installed"
 go native
 same "one package missing: calls" "apt-get update;apt-get install clang-tidy-14;" "$(tr '\n' ';' <"$scratch/calls")"
+
+set_up_tree
+sed -i '/^npm$/d' "$scratch/installed"
+stub "$bin/npm" </dev/null
+go quick
+same "an npm that came with another package is one" "0 " "$status $(tr '\n' ';' <"$scratch/calls")"
+rm "$bin/npm"
+go quick
+same "no npm: calls" "apt-get update;apt-get install npm;" "$(tr '\n' ';' <"$scratch/calls")"
 finish
