@@ -1,8 +1,11 @@
 #include "faults/FaultyDriver.h"
 
+#include "simulated/PanelOperation.h"
+
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <string_view>
 
 namespace orvo::testing {
@@ -31,46 +34,12 @@ bool CompileNumbered(const std::string& itemId, double& address, std::int32_t& w
 }  // namespace
 
 const std::vector<std::string>& DriverOperations() {
-  static const std::vector<std::string> operations{"SetEventSink",
-                                                   "WriteItems",
-                                                   "ReadItems",
-                                                   "WriteGroup",
-                                                   "ReadGroup",
-                                                   "OpenCommunication",
-                                                   "CloseCommunication",
-                                                   "BootVersion",
-                                                   "BootDate",
-                                                   "FirmwareVersion",
-                                                   "BoardDescription",
-                                                   "BoardStatus",
-                                                   "CommunicationStatus",
-                                                   "DownloadFirmware",
-                                                   "DownloadProject",
-                                                   "BaudRate",
-                                                   "PutBaudRate",
-                                                   "Reserved18",
-                                                   "SetConfigurationMode",
-                                                   "SetGroupDefinition",
-                                                   "GroupCapacity",
-                                                   "PutNetworkType",
-                                                   "Reserved23",
-                                                   "MinorVersion",
-                                                   "MajorVersion",
-                                                   "Description",
-                                                   "PutComPortNumber",
-                                                   "ComPortNumber",
-                                                   "Reserved29",
-                                                   "ProjectName",
-                                                   "PutProjectName",
-                                                   "GroupTransfer",
-                                                   "CheckVariable",
-                                                   "PutWordIO",
-                                                   "WordIO",
-                                                   "PutTimeout",
-                                                   "Timeout",
-                                                   "FirmwareDownloadNeeded",
-                                                   "ProjectDownloadNeeded",
-                                                   "CreateDevice"};
+  static const std::vector<std::string> operations = [] {
+    std::vector<std::string> names;
+    for (std::size_t slot = 1; slot <= PanelOperationCount; ++slot)
+      names.emplace_back(PanelOperationName(static_cast<PanelOperation>(slot)));
+    return names;
+  }();
   return operations;
 }
 
