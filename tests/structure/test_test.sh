@@ -118,9 +118,14 @@ go quick
 same "quick" "0 7 passed, 0 failed" "$status $last"
 check "quick says what it leaves out" contains "$output" "skipped because of 'quick': format"
 check "the sanitizers are off in the debug build" grep -q "build/test .*-DORVO_SANITIZE=OFF" "$scratch/cmake_calls"
+go threads
+same "threads" "0 7 passed, 0 failed" "$status $last"
+check "threads says what it leaves out" contains "$output" "skipped because of 'threads': everything but"
+check "the thread sanitizer is on" grep -q "build/threads .*-fsanitize=thread" "$scratch/cmake_calls"
 go full
-same "full" "0 35 passed, 0 failed" "$status $last"
+same "full" "0 42 passed, 0 failed" "$status $last"
 check "full: the debug build" row "debug tests" ok
+check "full: the thread sanitizer" row "threads tests" ok
 check "full: the others" row "x86 tests" ok
 
 go nonsense
@@ -153,7 +158,7 @@ check "the rest is" row "x64 tests" ok
 set_up_tree
 touch "$scratch/break_test"
 go full
-same "a broken debug build" "1 28 passed, 0 failed" "$status $last"
+same "a broken debug build" "1 35 passed, 0 failed" "$status $last"
 
 set_up_tree
 touch "$scratch/skip"
