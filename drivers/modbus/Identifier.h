@@ -2,18 +2,13 @@
 //
 //   BI40001.3  bit 3 (0..15) of a register        BI00001  a coil       BI10001  a discrete input
 //   BY40001    the low byte of a register; BY40001.8 its high byte (the number is the byte's lowest bit; .0
-//   also) WO40001    a register                         DW40001, FL40001      two registers from there on
+//              also)
+//   WO40001    a register
+//   DW40001, FL40001  two registers from there on
 //   ST40001n   n characters, 1..246, from that register on, two in each (ST4000110: 10 of them)
 //   RAkkn      n bytes, 1..246, of raw block kk, which the connection names (RA0316: 16 bytes of block 03)
-//
-// A reference is
-//   five digits  the area (0 coil, 1 discrete input, 3 input register, 4 holding register) and a number
-//   0001..9999,
-//                counted from 1: 40001 is address 0
-//   six digits   the same with a number 00001..65536; not for ST, whose size stands behind the fifth
-//   C, D, I or H (coil, discrete input, input register, holding register) and the address in four hexadecimal
-//                digits (upper-case), counted from 0: H0000 is 40001, H2710 the register behind 49999, HFFFF
-//                the last
+// A reference is five or six digits, or a letter and four hexadecimal digits (Reference.h); not six digits for
+// ST, whose size stands behind the fifth character.
 // BI takes any area; everything else registers only. Items lie inside the area.
 #pragma once
 
@@ -34,8 +29,5 @@ struct Identifier {
   // right form.
   static Identifier Parse(std::string_view itemId, const RawBlocks& blocks);
 };
-
-// A reference of a register (a raw block's beginning). Nothing when the text is none, or names no register.
-std::optional<RawBlock> ParseRegisterReference(std::string_view reference) noexcept;
 
 }  // namespace orvo::modbus

@@ -9,21 +9,23 @@
 //   order=abcd|cdab|badc|dcba         bytes of 32-bit items; abcd
 //   words=ab|ba                       bytes of 16-bit items; ab
 //   text=ab|ba                        characters of a register; ab
-//   gap=0..124                        registers that a block may read in vain between two items; 16. Of bits 16
-//   times
-//                                     as many
+//   gap=0..124                        registers (16 times as many bits) that a request may read in vain between
+//                                     two items; 16
 //   bits=auto|mask                    how one bit or byte of a register is written (Exchange.h); auto
-//   block00..block99=REFERENCE        the register with which this raw block begins, as in Identifier.h
+//   block00..block99=REFERENCE        the register with which this raw block begins, as in Reference.h
 // and for rtu only
-//   baud=300..115200 (the customary ones), parity=none|even|odd (even), data=7|8 (8), stop=1|2 (1; 2 without
-//   parity)
+//   baud=300..115200                  a customary rate
+//   parity=none|even|odd              even
+//   data=8                            RTU knows no other
+//   stop=1|2                          1; without parity 2
+// Anything else, blanks and '%' are refused.
 // A TCP address is numbers (IPv4, or IPv6 in brackets) or localhost; names are not looked up, because a lookup
 // has no time limit. Its port may be missing: 502. The device of rtu is an absolute path, or missing ("rtu:" or
 // "rtu://"): then ComPortNumber n names /dev/ttyS(n - 1).
 #pragma once
 
-#include "modbus/Area.h"
 #include "modbus/ByteOrder.h"
+#include "modbus/Reference.h"
 
 #include <chrono>
 #include <cstdint>
@@ -39,12 +41,7 @@ enum class Parity : char { None = 'N', Even = 'E', Odd = 'O' };
 enum class BitWriting : std::uint8_t { Auto, Mask };
 
 // Registers at which raw blocks begin, by block number 0..99.
-struct RawBlock {
-  Area area = Area::HoldingRegisters;  // of registers
-  std::int32_t address = 0;
-
-  friend bool operator==(const RawBlock&, const RawBlock&) = default;
-};
+using RawBlock = Reference;
 using RawBlocks = std::map<std::int32_t, RawBlock>;
 
 // What is not in the text is empty where a property of the driver decides it, else the default.
