@@ -14,40 +14,22 @@
 // sent a second time.
 //
 // After an answer that is missing or wrong, or a broken line, the items of that request have its error and all
-// later ones LinkDown, untried: the whole list ends within one time-out more.
+// later ones LinkDown, untried: the whole list ends within one time-out more. The same when a gateway has no
+// way to the device or no answer of it (exceptions 10 and 11).
+//
+// An item whose address, length or value is none has BadValue; nothing is sent for it, and the others do not
+// notice.
 #pragma once
 
-#include "modbus/Address.h"
-#include "modbus/ItemError.h"
+#include "modbus/ItemExchange.h"
+#include "modbus/ItemReader.h"
+#include "modbus/ItemWriter.h"
 #include "modbus/Line.h"
-#include "modbus/ReadPlan.h"
-#include "modbus/Settings.h"
-#include "values/Variant.h"
 
-#include <cstdint>
-#include <optional>
 #include <span>
 #include <vector>
 
 namespace orvo::modbus {
-
-// One item of a request as the system passed it.
-struct ItemRequest {
-  double compiledAddress = 0;
-  std::int32_t dimension = 0;  // in 16-bit words
-  Variant value;               // of a write; not shared with anybody
-};
-
-struct ItemResult {
-  Variant value;  // of a read without error; else Empty
-  std::int32_t error = NoError;
-};
-
-struct ExchangeOptions {
-  ByteOrder order;
-  std::int32_t gap = 16;
-  BitWriting bits = BitWriting::Auto;
-};
 
 class Exchange {
  public:
@@ -58,7 +40,11 @@ class Exchange {
   std::vector<ItemResult> Read(std::span<const ItemRequest> items);
   std::vector<ItemResult> Write(std::span<const ItemRequest> items);
   // The line was connected anew: what was learned of the device may no longer hold.
-  void Forget();
+  void Forget() noexcept;
+
+ private:
+  ItemReader reader_;
+  ItemWriter writer_;
 };
 
 }  // namespace orvo::modbus

@@ -1,0 +1,86 @@
+// Reads lists of items over a line: the half of Exchange that reads.
+//
+// A block that the device refuses is divided, in turn at its largest gap between items and in the middle, so
+// that b items that cannot be read among n cost O(b log n) requests. What was learned of it (ReadPlan.h:
+// Obstacles) decides the plan of the next cycle; where it brings together what was never asked together, that
+// is tried at once. So the next cycle costs one request for each block and one for each item that cannot be
+// read.
+//
+// The plan of the last list is kept: the same list costs no planning.
+#pragma once
+
+#include "modbus/Coverage.h"
+#include "modbus/ItemExchange.h"
+#include "modbus/Line.h"
+#include "modbus/ReadPlan.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace orvo::modbus {
+
+class ItemReader {
+ public:
+  ItemReader(Line& line, const ByteOrder& order, std::int32_t gap);
+
+  std::vector<ItemResult> Read(std::span<const ItemRequest> items);
+  void Forget() noexcept { obstacles_.Clear(); }
+
+ private:
+  struct Target {
+    std::size_t item;  // its position in the list
+    Address address;
+  };
+  struct Key {
+    double compiledAddress;
+    std::int32_t dimension;
+  };
+  using Positions = std::span<const std::size_t>;  // in targets_ and places_
+  struct Division {
+    std::size_t position;  // the first of the second half
+    bool isGap;
+  };
+  // Whether the items of a block were read with one request.
+  enum class Outcome : std::uint8_t { Whole, InParts };
+
+  bool IsPlanned(std::span<const ItemRequest> items) const noexcept;
+  void Take(std::span<const ItemRequest> items);
+  void Plan();
+
+  Outcome ReadPart(Positions items, bool atGap);
+  Outcome TryTogether(Positions items, bool atGap);
+  void Settle();
+  Answer Ask(const Span& span);
+  // What came for `span` last, to its items.
+  void Deliver(Positions items, const Span& span);
+  void Fail(Positions items, ItemError error);
+  Span SpanOf(Positions items) const noexcept;
+  // All have the same place.
+  bool IsSingle(Positions items) const noexcept { return places_[items.front()] == places_[items.back()]; }
+  Division DivisionOf(Positions items, bool atGap) const noexcept;
+
+  Line& line_;
+  const ByteOrder order_;
+  const std::int32_t gap_;
+  Obstacles obstacles_;
+
+  // The last list and its plan.
+  std::vector<Key> keys_;
+  std::vector<Target> targets_;  // the items that have a place
+  std::vector<Span> places_;     // of targets_
+  std::vector<ReadBlock> blocks_;
+  std::uint64_t plannedVersion_ = 0;
+
+  // The read that is under way.
+  std::vector<ItemResult> results_;
+  std::vector<Span> answered_;
+  Coverage coverage_;
+  bool ended_ = false;
+  std::array<std::uint16_t, MostRegistersRead> registers_{};
+  std::array<std::uint8_t, MostBitsRead> bits_{};
+};
+
+}  // namespace orvo::modbus

@@ -1,0 +1,106 @@
+#include "modbus/ItemWriter.h"
+
+#include "errors/AutomationError.h"
+#include "modbus/AnswerError.h"
+#include "modbus/ItemValue.h"
+
+#include <utility>
+
+namespace orvo::modbus {
+
+ItemWriter::ItemWriter(Line& line, const ByteOrder& order, BitWriting bits)
+    : line_(line), order_(order), bits_(bits) {}
+
+std::vector<ItemResult> ItemWriter::Write(std::span<const ItemRequest> items) {
+  Take(items);
+  ended_ = false;
+  for (const WriteRun& run : PlanWrites(writes_))
+    WriteRunOf(run);
+  return std::move(results_);
+}
+
+// Every value is looked at before anything is sent: what an item does not take fails whatever becomes of the
+// line.
+void ItemWriter::Take(std::span<const ItemRequest> items) {
+  images_.clear();
+  writes_.clear();
+  registers_.clear();
+  coils_.clear();
+  results_.assign(items.size(), ItemResult());
+  for (std::size_t k = 0; k < items.size(); ++k)
+    if (!TakeOne(items[k], k)) results_[k].error = BadValue;
+}
+
+bool ItemWriter::TakeOne(const ItemRequest& item, std::size_t position) {
+  const auto address = Address::Decode(item.compiledAddress);
+  if (!address || IsReadOnly(address->area)) return false;
+  const auto place = address->Place(item.dimension);
+  if (!place) return false;
+  try {
+    if (HoldsBits(address->area)) {
+      coils_.push_back(BitOfValue(item.value) ? 1 : 0);
+      images_.push_back({position, coils_.size() - 1, 1});
+      writes_.push_back({*place, false});
+      return true;
+    }
+    const RegisterImage image = ImageOfValue(*address, order_, item.dimension, item.value);
+    images_.push_back({position, registers_.size(), image.mask});
+    writes_.push_back({*place, image.mask != 0xFFFF});
+    registers_.insert(registers_.end(), image.registers.begin(), image.registers.end());
+  } catch (const AutomationError&) {
+    return false;
+  }
+  return true;
+}
+
+void ItemWriter::WriteRunOf(const WriteRun& run) {
+  if (ended_) {
+    Fail(run, LinkDown);
+    return;
+  }
+  const Answer answer = Send(run);
+  if (run.count == 1 || !IsWorthDividing(answer)) {
+    Conclude(run, answer);
+    return;
+  }
+  // The device took nothing of it. Which item is to blame shows when each goes by itself.
+  for (std::size_t k = run.first; k < run.first + run.count; ++k)
+    WriteRunOf({writes_[k].place, k, 1});
+}
+
+Answer ItemWriter::Send(const WriteRun& run) {
+  const Image& image = images_[run.first];
+  const auto count = static_cast<std::size_t>(run.span.count);
+  if (HoldsBits(run.span.area))
+    return line_.WriteCoils(run.span.start, std::span(coils_).subspan(image.offset, count));
+  if (writes_[run.first].isPart) return SendPart(run.span.start, image.mask, registers_[image.offset]);
+  return line_.WriteRegisters(run.span.start, std::span(registers_).subspan(image.offset, count));
+}
+
+Answer ItemWriter::SendPart(std::int32_t address, std::uint16_t mask, std::uint16_t value) {
+  const auto set = static_cast<std::uint16_t>(value & mask);
+  const auto keep = static_cast<std::uint16_t>(~mask);
+  if (!hasNoMask_) {
+    const Answer answer = line_.MaskRegister(address, keep, set);
+    const bool isUnknown = answer.kind == Answer::Kind::Refused && answer.exception == 1;
+    if (!isUnknown || bits_ == BitWriting::Mask) return answer;
+    hasNoMask_ = true;
+  }
+  std::uint16_t whole = 0;
+  const Answer answer = line_.ReadRegisters(Area::HoldingRegisters, address, std::span(&whole, 1));
+  if (!answer.IsDone()) return answer;
+  whole = static_cast<std::uint16_t>((whole & keep) | set);
+  return line_.WriteRegisters(address, std::span(&whole, 1));
+}
+
+void ItemWriter::Conclude(const WriteRun& run, const Answer& answer) {
+  if (!answer.IsDone()) Fail(run, ErrorOf(answer));
+  ended_ = EndsTheList(answer);
+}
+
+void ItemWriter::Fail(const WriteRun& run, ItemError error) {
+  for (std::size_t k = run.first; k < run.first + run.count; ++k)
+    results_[images_[k].item].error = error;
+}
+
+}  // namespace orvo::modbus
