@@ -55,7 +55,7 @@ void ModbusDevice::ItemLoaded(const std::string& ItemId, double CompiledAddress,
     complaint.Raise("the saved type " + std::to_string(ItemType) + " is not its own, " +
                     std::to_string(identifier.itemType));
   if (!identifier.address.Place(WordLength))
-    complaint.Raise("the saved length of " + std::to_string(WordLength) + " words has no place there");
+    complaint.Raise("the saved length " + std::to_string(WordLength) + " (in words) has no place there");
 }
 
 }  // namespace orvo::modbus

@@ -30,8 +30,8 @@ Reference ParseLetterReference(std::string_view text, Area area, const Complaint
   if (!std::all_of(digits.begin(), digits.end(), isIn("0123456789ABCDEFabcdef")))
     complaint.Raise("'" + std::string(digits) + "' in " + QuotedReference(text) + " is no hexadecimal number");
   if (digits.size() != addressDigits)
-    complaint.Raise(QuotedReference(text) + " has " + std::to_string(digits.size()) +
-                    " digits behind its letter, it needs 4 hexadecimal ones");
+    complaint.Raise(QuotedReference(text) + " needs 4 hexadecimal digits behind its letter, here " +
+                    std::to_string(digits.size()));
   if (std::any_of(digits.begin(), digits.end(), isIn("abcdef")))
     complaint.Raise("the hexadecimal digits of " + QuotedReference(text) + " must be upper-case");
   std::int32_t address = 0;
@@ -51,7 +51,7 @@ Reference Reference::Parse(std::string_view text, const Complaint& complaint) {
     complaint.Raise(QuotedReference(text) +
                     " is neither a decimal number nor C, D, I or H with 4 hexadecimal digits");
   if (text.size() != ShortReference && text.size() != LongReference)
-    complaint.Raise(QuotedReference(text) + " has " + std::to_string(text.size()) + " digits, it needs 5 or 6");
+    complaint.Raise(QuotedReference(text) + " needs 5 or 6 digits, here " + std::to_string(text.size()));
 
   constexpr std::array areas{Area::Coils, Area::DiscreteInputs, Area::InputRegisters, Area::HoldingRegisters};
   const auto* const area =

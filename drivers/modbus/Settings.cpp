@@ -39,6 +39,15 @@ Value Choose(const std::string& what, std::string_view word, const Choices<Value
   complaint.Raise(what + " " + QuotedPart(word) + " is none of " + names);
 }
 
+bool IsIPv4(std::string_view host) {
+  in_addr ignored{};
+  return inet_pton(AF_INET, std::string(host).c_str(), &ignored) == 1;
+}
+bool IsIPv6(std::string_view host) {
+  in6_addr ignored{};
+  return inet_pton(AF_INET6, std::string(host).c_str(), &ignored) == 1;
+}
+
 using OptionReader = void (*)(Settings& settings, std::string_view value, const Complaint& complaint);
 
 struct OptionRow {
@@ -195,6 +204,10 @@ class ConnectionReader {
   }
 
   void ReadTcpAddress(std::string_view address) {
+    if (IsIPv6(address)) {
+      complaint_.PutExample("tcp://[" + std::string(address) + "]");
+      complaint_.Raise("an IPv6 address stands in brackets");
+    }
     if (address.empty() || address.starts_with(':') || address.starts_with('/'))
       complaint_.Raise("the host is missing");
     const std::string_view rest = address.starts_with('[') ? ReadBracketed(address) : ReadPlain(address);
@@ -207,21 +220,14 @@ class ConnectionReader {
     const std::size_t end = address.find(']');
     if (end == std::string_view::npos) complaint_.Raise("the ']' behind the IPv6 address is missing");
     settings_.host = address.substr(1, end - 1);
-    in6_addr ignored{};
-    if (inet_pton(AF_INET6, settings_.host.c_str(), &ignored) != 1)
+    if (!IsIPv6(settings_.host))
       complaint_.Raise(QuotedPart(settings_.host) + " in brackets is no IPv6 address");
     return address.substr(end + 1);
   }
   std::string_view ReadPlain(std::string_view address) {
     const std::size_t end = address.find_first_of(":/");
     settings_.host = address.substr(0, end);
-    in6_addr sixth{};
-    if (inet_pton(AF_INET6, std::string(address).c_str(), &sixth) == 1) {
-      complaint_.PutExample("tcp://[" + std::string(address) + "]");
-      complaint_.Raise("an IPv6 address stands in brackets");
-    }
-    in_addr ignored{};
-    if (settings_.host != "localhost" && inet_pton(AF_INET, settings_.host.c_str(), &ignored) != 1)
+    if (settings_.host != "localhost" && !IsIPv4(settings_.host))
       complaint_.Raise("the host " + QuotedPart(settings_.host) +
                        " is no IPv4 address, no IPv6 address in brackets and not localhost (names are not "
                        "looked up)");
