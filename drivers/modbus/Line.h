@@ -1,5 +1,8 @@
 // One Modbus line to one device: requests go out and their answers are waited for. Every call blocks, at most
 // for the line's time-out (Connect: that of connecting). Everything but Interrupt is called on one thread.
+//
+// After a request that ended Broken the line is not connected any more; neither is it after NoAnswer or Wrong
+// unless MayConfuseAnswers: then Resynchronise comes before the next read or write.
 #pragma once
 
 #include "modbus/Area.h"
@@ -22,8 +25,9 @@ struct Answer {
   };
 
   Kind kind = Kind::Done;
-  std::uint8_t exception = 0;  // Refused: its code, 1..255
-  std::string reason;          // for people; empty when done
+  // Refused: its code, 1..255; 0 for one that the protocol does not define, when the transport cannot tell it.
+  std::uint8_t exception = 0;
+  std::string reason;  // for people; empty when done
 
   bool IsDone() const noexcept { return kind == Kind::Done; }
 };
@@ -67,7 +71,8 @@ class Line {
   // read or write can have, and discards what comes before it. Done when in step, also when the device refuses
   // it.
   virtual Answer Resynchronise() = 0;
-  // While nobody asks anything: whether the connection still stands and nothing unasked has come.
+  // While nobody asks anything: whether the connection still stands and nothing unasked has come. If not, what
+  // came is discarded, and a connection that ended, or can not be trusted any more, is closed.
   virtual bool IsQuiet() = 0;
 
   // What poll() can wait on while nobody asks anything; -1 when not connected.
