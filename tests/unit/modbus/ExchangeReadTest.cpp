@@ -239,6 +239,36 @@ TEST_F(ExchangeReadTest, ALineThatFailsWhileThePlanIsTriedTakesNoValueAway) {
   EXPECT_EQ(device.log.size(), 6U);
 }
 
+TEST_F(ExchangeReadTest, ALineThatFailsWhileThePlanIsTriedEndsTheTrials) {
+  const Requests items{WordAt(0), WordAt(10), WordAt(22), WordAt(1000), WordAt(1010), WordAt(1022)};
+  for (const std::int32_t address : {5, 15, 1005, 1015})
+    Hole(address);
+  device.script[10] = Silence;
+  EXPECT_EQ(Wrong(items, exchange.Read(items)), "");
+  EXPECT_EQ(device.log.size(), 11U);
+  EXPECT_EQ(device.log.back(), "read 4:10+13");
+}
+
+TEST_F(ExchangeReadTest, ABlockThatWasNotReadIsNotTriedOnceMore) {
+  const Requests items{WordAt(0), WordAt(10), WordAt(200)};
+  Hole(5);
+  device.script[3] = FakeDevice::Refusal(6);
+  EXPECT_EQ(ErrorsOf(exchange.Read(items)), "0 0 1");
+  EXPECT_EQ(device.TakeLog(), (Asked{"read 4:0+11", "read 4:0+1", "read 4:10+1", "read 4:200+1"}));
+}
+
+TEST_F(ExchangeReadTest, GapsThatShrinkDoNotMakeTheDivisionSlow) {
+  Requests items;
+  std::int32_t address = 0;
+  for (std::int32_t gap = 14; gap >= 0; --gap) {
+    items.push_back(WordAt(address));
+    address += 1 + gap;
+  }
+  Hole(address - 1);
+  EXPECT_EQ(Wrong(items, exchange.Read(items), {{items.size() - 1, BadValue}}), "");
+  EXPECT_LE(device.log.size(), 17U);
+}
+
 TEST_F(ExchangeReadTest, RandomHolesCostTheirItemsOnly) {
   const unsigned seed = std::random_device{}();
   SCOPED_TRACE("seed " + std::to_string(seed));
