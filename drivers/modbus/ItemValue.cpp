@@ -179,7 +179,7 @@ RegisterImage ImageOfValue(const Address& item, const ByteOrder& order, std::int
     case ItemKind::Bit:
     case ItemKind::Byte: {
       const std::int64_t own =
-          item.kind == ItemKind::Bit ? std::int64_t{BitOfValue(number)} : NumberWithin(number, 0, 0xFF);
+          item.kind == ItemKind::Byte ? NumberWithin(number, 0, 0xFF) : (BitOfValue(number) ? 1 : 0);
       return {{Ordered(static_cast<std::uint16_t>(own << item.bit), order.words)},
               Ordered(MaskOfItem(item), order.words)};
     }

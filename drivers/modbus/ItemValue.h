@@ -32,10 +32,10 @@ struct RegisterImage {
 //   Byte          a number 0..255
 //   Word          a number -32768..65535
 //   DoubleWord    a number -2147483648..4294967295
-//   Single        any number within the single range
+//   Single        any number within the single range, and a single that is infinite or no number (NaN) as it is
 //   String, Raw   a byte array of at most 2 * `dimension` bytes; zeros follow behind it
-// A number is a scalar of a numeric or boolean kind; integer items round fractions to the nearest integer,
-// halves to even. The item has a place (Address::Place).
+// A number is a scalar of a numeric or boolean kind (true is -1). All but Single round fractions to the nearest
+// integer, halves to even, and refuse NaN. The item has a place (Address::Place).
 RegisterImage ImageOfValue(const Address& item, const ByteOrder& order, std::int32_t dimension,
                            const Variant& value);
 // The same for a Bit of an area of bits.
