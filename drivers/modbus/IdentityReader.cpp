@@ -44,11 +44,20 @@ IdentityReader::Step IdentityReader::Take(std::span<const std::uint8_t> pdu) {
     return Step::Wrong;
 
   for (std::size_t at = Objects; at < pdu.size(); at += std::size_t{2} + pdu[at + 1]) {
-    const std::uint8_t object = pdu[at];
     std::string text = Printable(pdu.subspan(at + 2, pdu[at + 1]));
-    if (object == VendorName) result_.vendor = std::move(text);
-    if (object == ProductCode) result_.product = std::move(text);
-    if (object == Revision) result_.revision = std::move(text);
+    switch (pdu[at]) {
+      case VendorName:
+        result_.vendor = std::move(text);
+        break;
+      case ProductCode:
+        result_.product = std::move(text);
+        break;
+      case Revision:
+        result_.revision = std::move(text);
+        break;
+      default:
+        break;
+    }
   }
   if (pdu[Following] != MoreFollows) return Step::Complete;
   // Objects come in the order of their numbers: one that does not lead on would be asked for without end.

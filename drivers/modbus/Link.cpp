@@ -117,7 +117,7 @@ void Link::Conclude(const Answer& answer) {
 }
 
 Answer Link::Ready() {
-  if (line_.IsConnected() && !IsQuiet() && line_.IsConnected()) outOfStep_ = line_.MayConfuseAnswers();
+  if (line_.IsConnected()) IsQuiet();
   if (!line_.IsConnected()) {
     const Time now = clock_();
     if (now < nextAttempt_) {
@@ -160,6 +160,7 @@ Answer Link::Resynchronise() {
 }
 
 bool Link::IsQuiet() {
+  if (!line_.IsConnected()) return false;
   if (line_.IsQuiet()) return true;
   if (line_.IsConnected())
     outOfStep_ = line_.MayConfuseAnswers();

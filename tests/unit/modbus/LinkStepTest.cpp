@@ -1,0 +1,142 @@
+// How a link on a serial line keeps requests and answers in step: whatever was not answered properly may be
+// answered late.
+#include "unit/modbus/LinkFixture.h"
+
+namespace orvo::modbus {
+
+class LinkStepTest : public LinkFixture {
+ protected:
+  LinkStepTest() { line.mayConfuse = true; }
+};
+
+TEST_F(LinkStepTest, FallsIntoStepBeforeTheFirstRequestOfAConnection) {
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "connect resync read read");
+}
+
+TEST_F(LinkStepTest, AnIdentificationIsAsGood) {
+  for (const Answer& answer : {Answer{}, Refusal(1)}) {
+    line.answers["identify"] = {answer};
+    WorkAll();
+    EXPECT_EQ(Read(), "done");
+    EXPECT_EQ(line.Calls(), "connect identify read");
+    link->Disconnect();
+    line.Calls();
+  }
+}
+
+TEST_F(LinkStepTest, AfterARequestWithoutProperAnswerFallsIntoStepFirst) {
+  Read();
+  for (const Answer& failure : {Silence(), Rubbish()})
+    for (const bool writes : {false, true}) {
+      line.Calls();
+      line.answers[writes ? "write" : "read"] = {failure};
+      EXPECT_EQ(writes ? Write() : Read(), Text(failure));
+      EXPECT_EQ(Status(), "unanswered");
+      EXPECT_EQ(Read(), "done");
+      EXPECT_EQ(line.Calls(), std::string(writes ? "write" : "read") + " resync read");
+      EXPECT_EQ(Status(), "answering");
+    }
+}
+
+TEST_F(LinkStepTest, OutOfStepNothingIsReadOrWritten) {
+  Read();
+  line.Calls();
+  line.answers["read"] = {Silence()};
+  line.answers["resync"] = {Silence(), Silence(), Silence()};
+  Read();
+  EXPECT_EQ(Read(), "no answer");
+  EXPECT_EQ(Write(), "no answer");
+  EXPECT_EQ(Text(link->MaskRegister(0, 0, 0)), "no answer");
+  EXPECT_EQ(line.Calls(), "read resync resync resync");
+  EXPECT_EQ(Status(), "unanswered");
+  EXPECT_EQ(Write(), "done");
+  EXPECT_EQ(line.Calls(), "resync write");
+}
+
+// A device without that function: time has to do.
+TEST_F(LinkStepTest, IsInStepWhenALateAnswerHasHadTimeEnough) {
+  struct Row {
+    std::chrono::milliseconds timeout;
+    std::chrono::milliseconds hold;
+  };
+  for (const Row& row : {Row{1000ms, 10000ms}, Row{100ms, 5000ms}, Row{500ms, 5000ms}, Row{600ms, 6000ms}}) {
+    timeout = row.timeout;
+    Begin();
+    Read();
+    line.answers["read"] = {Silence()};
+    Read();
+    line.Calls();
+    const Link::Time since = now;
+    line.answers["resync"] = {Silence()};
+    now = since + row.hold - 1ms;
+    EXPECT_EQ(Read(), "no answer");
+    EXPECT_EQ(line.Calls(), "resync");
+    now = since + row.hold;
+    EXPECT_EQ(Read(), "done");
+    EXPECT_EQ(line.Calls(), "read") << row.timeout.count();
+    EXPECT_EQ(Read(), "done");
+    EXPECT_EQ(line.Calls(), "read");
+  }
+}
+
+TEST_F(LinkStepTest, ADeviceSilentToBothIsInStepWhenNothingIsOutstanding) {
+  line.answers["identify"] = {Silence()};
+  line.answers["resync"] = {Silence()};
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify");
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "resync read");
+  EXPECT_EQ(Status(), "answering");
+}
+
+TEST_F(LinkStepTest, ALinkInPlaceOfAnotherWaitsForTheLateAnswersOfThatOne) {
+  Read();
+  line.answers["read"] = {Silence()};
+  Read();
+  line.answers["resync"] = {Silence(), Silence(), Silence()};
+  link->Disconnect();
+  Begin();
+  line.Calls();
+  EXPECT_EQ(Read(), "no answer");
+  EXPECT_EQ(Read(), "no answer");
+  EXPECT_EQ(line.Calls(), "connect resync resync");
+  now += 10s;
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "read");
+}
+
+TEST_F(LinkStepTest, APortThatWasLostIsOutOfStepWhenItIsBack) {
+  Read();
+  line.answers["write"] = {Break()};
+  Write();
+  line.Calls();
+  line.answers["resync"] = {Silence()};
+  EXPECT_EQ(Read(), "no answer");
+  EXPECT_EQ(line.Calls(), "connect resync");
+}
+
+TEST_F(LinkStepTest, BytesThatNobodyAskedForMakeItFallIntoStepFirst) {
+  Read();
+  line.Calls();
+  line.unquiet = true;
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "unquiet resync read");
+  line.unquiet = true;
+  link->Work();
+  EXPECT_EQ(Write(), "done");
+  EXPECT_EQ(line.Calls(), "unquiet resync write");
+}
+
+TEST_F(LinkStepTest, AnUnansweredRequestDoesNotCloseThePort) {
+  Read();
+  line.Calls();
+  line.answers["read"] = {Silence(), Rubbish()};
+  Read();
+  Read();
+  EXPECT_EQ(line.Calls(), "read resync read");
+  EXPECT_EQ(link->Connections(), 1U);
+}
+
+}  // namespace orvo::modbus

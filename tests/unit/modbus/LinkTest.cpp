@@ -1,0 +1,240 @@
+// How a link connects, heals and tells its state.
+#include "unit/modbus/LinkFixture.h"
+
+#include <functional>
+#include <vector>
+
+namespace orvo::modbus {
+
+class LinkTest : public LinkFixture {};
+
+TEST_F(LinkTest, ConnectsForTheFirstRequestAndKeepsTheConnection) {
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(Write(), "done");
+  EXPECT_EQ(line.Calls(), "connect read write");
+  EXPECT_EQ(link->Connections(), 1U);
+}
+
+TEST_F(LinkTest, EveryKindOfRequestReachesItsOwnOnTheLine) {
+  std::uint8_t bit = 0;
+  const std::uint8_t coil = 1;
+  EXPECT_EQ(Text(link->ReadBits(Area::Coils, 0, {&bit, 1})), "done");
+  EXPECT_EQ(Text(link->WriteCoils(0, {&coil, 1})), "done");
+  EXPECT_EQ(Text(link->MaskRegister(0, 0, 0)), "done");
+  EXPECT_EQ(line.Calls(), "connect read write mask");
+}
+
+TEST_F(LinkTest, ConnectsAndIdentifiesInTheBackgroundOnce) {
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify");
+  EXPECT_EQ(state.Get().identification, (Identification{"Acme", "P7", "V1.5"}));
+  EXPECT_EQ(Status(), "answering");
+  EXPECT_FALSE(link->NextWork());
+  link->Work();
+  EXPECT_EQ(line.Calls(), "");
+}
+
+TEST_F(LinkTest, PausesTwiceAsLongAfterEachAttemptInVainUpToFiveSeconds) {
+  line.answers["connect"] = {Break(), Break(), Break(), Break(), Break(), Break(), Break(), Break(), Break()};
+  std::vector<std::int64_t> pauses;
+  for (int k = 0; k < 9; ++k) {
+    link->Work();
+    pauses.push_back(std::chrono::ceil<std::chrono::milliseconds>(*link->NextWork() - now).count());
+    now = *link->NextWork() - 1ms;
+    link->Work();  // too early: nothing happens
+    now += 1ms;
+  }
+  EXPECT_EQ(line.Calls(), "connect connect connect connect connect connect connect connect connect");
+  EXPECT_EQ(pauses, (std::vector<std::int64_t>{100, 200, 400, 800, 1600, 3200, 5000, 5000, 5000}));
+  EXPECT_EQ(Status(), "not connected");
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify");
+  EXPECT_EQ(Status(), "answering");
+}
+
+TEST_F(LinkTest, ARequestDuringThePauseFailsAtOnceAndTellsWhenItIsOver) {
+  line.answers["connect"] = {Break(), Break()};
+  EXPECT_EQ(ReadAnswer().reason, "cut");
+  EXPECT_EQ(ReadAnswer().reason, "cut; the next attempt to connect is in 0.1 s");
+  EXPECT_EQ(Write(), "broken");
+  EXPECT_EQ(line.Calls(), "connect");
+  now += 100ms;
+  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(line.Calls(), "connect");
+  EXPECT_EQ(ReadAnswer().reason, "cut; the next attempt to connect is in 0.2 s");
+  now += 200ms;
+  EXPECT_EQ(Read(), "done");
+}
+
+TEST_F(LinkTest, OnlyAnAnswerTakesThePauseBack) {
+  line.answers["connect"] = {Break(), Break()};
+  link->Work();
+  now += 100ms;
+  link->Work();
+  now += 200ms;
+  line.answers["identify"] = {Break()};
+  WorkAll();  // connected, and lost before an answer
+  EXPECT_EQ(line.Calls(), "connect connect connect identify");
+  EXPECT_EQ(*link->NextWork() - now, 400ms);
+  now += 400ms;
+  EXPECT_EQ(Read(), "done");
+  line.unquiet = true;
+  link->Work();
+  EXPECT_LE(*link->NextWork(), now);
+  line.answers["connect"] = {Break()};
+  WorkAll();
+  EXPECT_EQ(*link->NextWork() - now, 100ms);
+}
+
+TEST_F(LinkTest, AnExceptionIsAnAnswer) {
+  line.answers["read"] = {Refusal(2)};
+  EXPECT_EQ(Read(), "refused 2");
+  EXPECT_EQ(state.Get().exception, 2);
+  EXPECT_EQ(Status(), "answering");
+  line.unquiet = true;
+  link->Work();
+  EXPECT_LE(*link->NextWork(), now);
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(state.Get().exception, 0);
+  line.answers["read"] = {Refusal(0)};
+  Read();
+  EXPECT_EQ(state.Get().exception, -1);
+}
+
+TEST_F(LinkTest, AReadWhoseConnectionEndsIsAskedOnceMoreOnANewOne) {
+  Read();
+  line.Calls();
+  line.answers["read"] = {Break()};
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "read connect read");
+  line.answers["read"] = {Break(), Break()};
+  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(line.Calls(), "read connect read");
+}
+
+TEST_F(LinkTest, AReadOnAConnectionMadeForItIsNotAskedAgain) {
+  line.answers["read"] = {Break()};
+  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(line.Calls(), "connect read");
+}
+
+TEST_F(LinkTest, AWriteIsNeverAskedTwice) {
+  Read();
+  line.Calls();
+  line.answers["write"] = {Break()};
+  EXPECT_EQ(Write(), "broken");
+  EXPECT_EQ(line.Calls(), "write");
+  line.answers["mask"] = {Break()};
+  EXPECT_EQ(Text(link->MaskRegister(0, 0, 0)), "broken");
+  EXPECT_EQ(line.Calls(), "connect mask");
+}
+
+TEST_F(LinkTest, AWriteAfterTheConnectionEndedInSilenceGoesOverANewOne) {
+  Read();
+  line.Calls();
+  line.unquiet = true;
+  EXPECT_EQ(Write(), "done");
+  EXPECT_EQ(line.Calls(), "unquiet connect write");
+  EXPECT_EQ(link->Connections(), 2U);
+}
+
+TEST_F(LinkTest, OnTcpARequestWithoutProperAnswerEndsTheConnection) {
+  const std::vector<std::pair<Answer, std::string>> failures{{Silence(), "no answer"}, {Rubbish(), "wrong"}};
+  for (const auto& [failure, text] : failures) {
+    Read();
+    line.Calls();
+    line.answers["read"] = {failure};
+    EXPECT_EQ(Read(), text);
+    EXPECT_EQ(line.Calls(), "read close");
+    EXPECT_EQ(Status(), "not connected");
+    EXPECT_EQ(Read(), "done");
+    EXPECT_EQ(line.Calls(), "connect read");
+  }
+}
+
+TEST_F(LinkTest, ANewConnectionAfterAnUnansweredRequestIsNotCalledAnswering) {
+  Read();
+  WorkAll();
+  line.answers["read"] = {Silence()};
+  Read();
+  link->Connect();
+  EXPECT_EQ(Status(), "unanswered");
+  Read();
+  EXPECT_EQ(Status(), "answering");
+}
+
+TEST_F(LinkTest, ANewConnectionIsAskedForItsIdentificationAgain) {
+  WorkAll();
+  line.Calls();
+  line.unquiet = true;
+  line.identification = {"Other", "Q", "3"};
+  link->Work();
+  EXPECT_EQ(Status(), "not connected");
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "unquiet connect identify");
+  EXPECT_EQ(state.Get().identification.vendor, "Other");
+  line.unquiet = true;
+  line.answers["identify"] = {Refusal(1)};
+  link->Work();
+  WorkAll();
+  EXPECT_EQ(state.Get().identification, Identification{});
+  EXPECT_EQ(Status(), "answering");
+}
+
+TEST_F(LinkTest, ADeviceThatIsSilentToIdentificationOnlyIsNotAskedAgain) {
+  line.answers["identify"] = {Silence()};
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify close connect");
+  EXPECT_EQ(Status(), "unanswered");
+  EXPECT_FALSE(link->NextWork());
+  EXPECT_EQ(Read(), "done");
+  line.unquiet = true;
+  WorkAll();
+  link->Work();
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "read unquiet connect");
+  EXPECT_EQ(Status(), "answering");
+}
+
+TEST_F(LinkTest, ADeviceThatWasSilentAltogetherIsAskedForItsIdentificationLater) {
+  line.answers["identify"] = {Silence()};
+  WorkAll();
+  line.answers["read"] = {Silence()};
+  EXPECT_EQ(Read(), "no answer");
+  line.Calls();
+  now = *link->NextWork();
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify");
+  EXPECT_EQ(Status(), "answering");
+}
+
+TEST_F(LinkTest, AGatewayWithoutItsDeviceIsAskedForTheIdentificationAgainAfterFiveSeconds) {
+  for (const std::uint8_t passing : std::vector<std::uint8_t>{5, 6, 10, 11}) {
+    line.answers["identify"].push_back(Refusal(passing));
+    WorkAll();
+    EXPECT_EQ(*link->NextWork() - now, 5s) << int{passing};
+    now += 5s;
+  }
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify identify identify identify identify");
+  EXPECT_FALSE(link->NextWork());
+  EXPECT_EQ(state.Get().exception, 0);  // nobody asked for that
+}
+
+TEST_F(LinkTest, AFailureOfTheProgramsOwnBeginsAnewAfterAPause) {
+  Read();
+  line.Calls();
+  link->GiveUp("out of memory");
+  EXPECT_EQ(line.Calls(), "close");
+  EXPECT_EQ(Status(), "not connected");
+  EXPECT_EQ(ReadAnswer().reason, "out of memory; the next attempt to connect is in 0.1 s");
+  now += 100ms;
+  EXPECT_EQ(Read(), "done");
+}
+
+TEST_F(LinkTest, PassesAnInterruptionOn) {
+  link->Interrupt();
+  EXPECT_TRUE(line.interrupted);
+}
+
+}  // namespace orvo::modbus
