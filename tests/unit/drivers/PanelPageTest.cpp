@@ -1,77 +1,25 @@
 // docs/panel.md says what the code does: every row of its tables and both of its examples are tried.
 #include "PanelFixture.h"
 #include "simulated/PanelSetting.h"
+#include "support/DocumentPage.h"
 
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace orvo {
 namespace {
 
 using testing::FailureOf;
 
-using Row = std::vector<std::string>;
-
-// The cells of "| a | b |", without the marks of code.
-Row Cells(const std::string& line) {
-  Row cells;
-  std::istringstream rest(line.substr(1));
-  for (std::string cell; std::getline(rest, cell, '|');) {
-    const std::size_t first = cell.find_first_not_of(' ');
-    cells.push_back(first == std::string::npos ? ""
-                                               : cell.substr(first, cell.find_last_not_of(' ') - first + 1));
-  }
-  if (!cells.empty() && cells.front().starts_with('`') &&
-      cells.front().find('`', 1) == cells.front().size() - 1)
-    cells.front() = cells.front().substr(1, cells.front().size() - 2);
-  return cells;
-}
+using testing::DocumentPage;
+using Row = DocumentPage::Row;
 
 class PanelPage : public ::testing::Test {
  protected:
-  void SetUp() override {
-    std::ifstream page(ORVO_PANEL_PAGE);
-    ASSERT_TRUE(page) << ORVO_PANEL_PAGE;
-    for (std::string line; std::getline(page, line);)
-      lines_.push_back(line);
-  }
-  // The rows of the tables whose first column has this heading; at least `least` of them.
-  std::vector<Row> Table(const std::string& heading, std::size_t least) {
-    std::vector<Row> rows;
-    bool inside = false;
-    for (const std::string& line : lines_) {
-      if (!line.starts_with('|')) {
-        inside = false;
-        continue;
-      }
-      Row cells = Cells(line);
-      if (cells.front() == heading)
-        inside = true;
-      else if (inside && !cells.front().starts_with("---"))
-        rows.push_back(std::move(cells));
-    }
-    EXPECT_GE(rows.size(), least) << heading;
-    return rows;
-  }
-  // The block of code with this mark.
-  std::string Block(const std::string& mark) {
-    std::string block;
-    bool inside = false;
-    for (const std::string& line : lines_) {
-      if (line == "```" + mark)
-        inside = true;
-      else if (line == "```")
-        inside = false;
-      else if (inside)
-        block += line + '\n';
-    }
-    EXPECT_NE(block, "") << mark;
-    return block;
-  }
+  std::vector<Row> Table(const std::string& heading, std::size_t least) { return page_.Table(heading, least); }
+  std::string Block(const std::string& mark) { return page_.Block(mark); }
 
  private:
-  std::vector<std::string> lines_;
+  const DocumentPage page_{ORVO_PANEL_PAGE};
 };
 
 TEST_F(PanelPage, EachIdentifierHasTheLengthAndTypeOfItsRow) {
