@@ -152,8 +152,8 @@ TEST(ModbusItemValue, EveryBitAndByteComesBackInBothOrders) {
       const Address item = ItemAt(place % 8 == 0 ? ItemKind::Byte : ItemKind::Bit, place);
       const std::int32_t value = item.kind == ItemKind::Bit ? 1 : 0x5A;
       const RegisterImage image = ImageOfValue(item, order, 1, value);
-      const auto bytes = ValueOfRegisters(item, order, image.registers).Bytes();
-      const auto word = static_cast<std::uint16_t>(bytes[0] | bytes[1] << 8);
+      const Variant delivered = ValueOfRegisters(item, order, image.registers);
+      const auto word = static_cast<std::uint16_t>(delivered.Bytes()[0] | delivered.Bytes()[1] << 8);
       EXPECT_EQ(BitOrByteOfWord(item, word), value) << place;
       EXPECT_EQ(BitOrByteOfWord(item, static_cast<std::uint16_t>(~word)), item.kind == ItemKind::Bit ? 0 : 0xA5)
           << place;
