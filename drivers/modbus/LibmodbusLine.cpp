@@ -145,7 +145,8 @@ Answer LibmodbusLine::ConnectTcp() {
 }
 
 bool LibmodbusLine::WaitToConnect(int descriptor) const {
-  const int ready = PollUntil(descriptor, POLLOUT, Deadline());
+  // An interruption before this finds no connection to end.
+  const int ready = interrupted_ ? 0 : PollUntil(descriptor, POLLOUT, Deadline());
   if (ready == 0) errno = ETIMEDOUT;
   if (ready <= 0) return false;
   int error = 0;

@@ -43,6 +43,7 @@ Answer Link::Connect() {
   } else {
     reason_ = answer.reason;
     Pause();
+    DoubtNoMore();
   }
   Publish();
   return answer;
@@ -107,13 +108,16 @@ void Link::Conclude(const Answer& answer) {
     }
   } else {
     if (line_.MayConfuseAnswers()) facts_.unanswered = clock_();
-    if (identity_ == Identity::InDoubt) {
-      identity_ = Identity::Unasked;
-      identityFrom_ = clock_();
-    }
+    DoubtNoMore();
     Unanswered(answer);
   }
   Publish();
+}
+
+void Link::DoubtNoMore() {
+  if (identity_ != Identity::InDoubt) return;
+  identity_ = Identity::Unasked;
+  identityFrom_ = clock_();
 }
 
 Answer Link::Ready() {
@@ -143,6 +147,7 @@ Answer Link::FallIntoStep() {
     return {};
   }
   if (!outOfStep_) return {};
+  DoubtNoMore();
   return answer;
 }
 

@@ -94,6 +94,8 @@ class Link final : public Line {
   void Answered();
   void Unanswered(const Answer& answer);
   void AskIdentity();
+  // The device answers nothing, so it may well know the identification that it did not answer.
+  void DoubtNoMore();
   // The connection ended, or ends here.
   void Lose(const std::string& reason) noexcept;
   void Pause() noexcept;

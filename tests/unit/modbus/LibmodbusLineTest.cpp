@@ -3,7 +3,9 @@
 #include "unit/modbus/DeviceThread.h"
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
@@ -219,6 +221,67 @@ TEST(LibmodbusLine, ConnectingToNobodyTellsWhy) {
   EXPECT_EQ(answer.reason, "127.0.0.1:" + std::to_string(settings.port) + ": Connection refused");
   EXPECT_FALSE(line.IsConnected());
   EXPECT_EQ(line.Descriptor(), -1);
+}
+
+// A port whose queue of connections is full answers nothing at all.
+class FullPort {
+ public:
+  FullPort() {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    bind(sockets_[0], reinterpret_cast<sockaddr*>(&address), size);
+    listen(sockets_[0], 0);
+    getsockname(sockets_[0], reinterpret_cast<sockaddr*>(&address), &size);
+    for (std::size_t k = 1; k < sockets_.size(); ++k)
+      connect(sockets_[k], reinterpret_cast<sockaddr*>(&address), size);
+    port_ = ntohs(address.sin_port);
+  }
+  FullPort(const FullPort&) = delete;
+  FullPort& operator=(const FullPort&) = delete;
+  ~FullPort() {
+    for (const int descriptor : sockets_)
+      close(descriptor);
+  }
+  Settings Connection(int timeoutMs) const {
+    Settings settings;
+    settings.host = "localhost";
+    settings.port = port_;
+    settings.timeout = std::chrono::milliseconds(timeoutMs);
+    return settings;
+  }
+
+ private:
+  static int Socket() { return socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0); }
+
+  std::array<int, 5> sockets_{Socket(), Socket(), Socket(), Socket(), Socket()};
+  int port_ = 0;
+};
+
+TEST(LibmodbusLine, ConnectingTakesNoLongerThanTheTimeOut) {
+  const FullPort port;
+  LibmodbusLine line(port.Connection(Short));
+  const auto before = std::chrono::steady_clock::now();
+  const Answer answer = line.Connect();
+  EXPECT_EQ(AnswerText(answer), "broken");
+  EXPECT_NE(answer.reason.find(": Connection timed out"), std::string::npos) << answer.reason;
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(Short));
+  EXPECT_FALSE(line.IsConnected());
+}
+
+TEST(LibmodbusLine, AnInterruptionEndsConnectingToo) {
+  const FullPort port;
+  LibmodbusLine line(port.Connection(Long));
+  std::thread interrupting([&] {
+    while (line.Descriptor() < 0)
+      std::this_thread::yield();
+    line.Interrupt();
+  });
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_EQ(AnswerText(line.Connect()), "broken");
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(Long) / 2);
+  interrupting.join();
 }
 
 TEST(LibmodbusLine, AnInterruptionEndsACallThatWaitsAndAllLaterOnes) {

@@ -91,6 +91,31 @@ TEST_F(LinkStepTest, ADeviceSilentToBothIsInStepWhenNothingIsOutstanding) {
   EXPECT_EQ(Status(), "answering");
 }
 
+TEST_F(LinkStepTest, ADeviceThatKnowsNeitherIsAskedForEachOnceMore) {
+  line.answers["identify"] = {Silence(), Silence(), Silence()};
+  line.answers["resync"] = {Silence(), Silence(), Silence()};
+  for (int k = 0; k < 4; ++k) {
+    WorkAll();
+    EXPECT_EQ(Read(), "done");
+  }
+  EXPECT_EQ(line.Calls(), "connect identify resync read read read read");
+}
+
+TEST_F(LinkStepTest, ADeviceThatComesBackIsAskedForItsIdentification) {
+  line.answers["identify"] = {Silence(), Silence()};
+  line.answers["resync"] = {Silence(), Silence()};
+  line.answers["read"] = {Silence()};
+  for (int k = 0; k < 2; ++k) {
+    WorkAll();
+    EXPECT_EQ(Read(), "no answer");
+  }
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify resync read identify resync identify");
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "read");
+  EXPECT_EQ(state.Get().identification.vendor, "Acme");
+}
+
 TEST_F(LinkStepTest, ALinkInPlaceOfAnotherWaitsForTheLateAnswersOfThatOne) {
   Read();
   line.answers["read"] = {Silence()};

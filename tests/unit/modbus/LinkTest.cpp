@@ -208,6 +208,18 @@ TEST_F(LinkTest, ADeviceThatWasSilentAltogetherIsAskedForItsIdentificationLater)
   EXPECT_EQ(Status(), "answering");
 }
 
+TEST_F(LinkTest, ADeviceThatWasGoneAltogetherIsAskedForItsIdentificationWhenItIsBack) {
+  line.answers["identify"] = {Silence()};
+  line.answers["connect"] = {Answer{}, Break()};
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify close connect");
+  now = *link->NextWork();
+  EXPECT_EQ(Read(), "done");
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect read identify");
+  EXPECT_EQ(state.Get().identification.vendor, "Acme");
+}
+
 TEST_F(LinkTest, AGatewayWithoutItsDeviceIsAskedForTheIdentificationAgainAfterFiveSeconds) {
   for (const std::uint8_t passing : std::vector<std::uint8_t>{5, 6, 10, 11}) {
     line.answers["identify"].push_back(Refusal(passing));
