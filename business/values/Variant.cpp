@@ -108,8 +108,11 @@ Variant::Variant(SafeArray<T> array) : kind_(KindOf<T>::value), array_(true) {
 }
 
 Variant Variant::OfBytes(std::span<const std::uint8_t> bytes) {
-  if (bytes.size() > InlineSize) return CopyOf(bytes, 0);
-  Variant value;
+  Variant value;  // the one object that is returned, made where the caller wants it
+  if (bytes.size() > InlineSize) {
+    value = CopyOf(bytes, 0);
+    return value;
+  }
   value.kind_ = VariantKind::UI1;
   value.array_ = true;
   value.inlineCount_ = static_cast<std::uint8_t>(bytes.size());

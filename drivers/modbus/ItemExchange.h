@@ -4,10 +4,13 @@
 #include "modbus/Address.h"
 #include "modbus/ByteOrder.h"
 #include "modbus/ItemError.h"
+#include "modbus/ItemValue.h"
 #include "modbus/Settings.h"
 #include "values/Variant.h"
 
 #include <cstdint>
+#include <span>
+#include <utility>
 
 namespace orvo::modbus {
 
@@ -19,6 +22,13 @@ struct ItemRequest {
 };
 
 struct ItemResult {
+  ItemResult() = default;
+  ItemResult(Variant itemValue, std::int32_t itemError) : value(std::move(itemValue)), error(itemError) {}
+  // What was read. The value is made where it stays: moved once more it costs several times as much.
+  explicit ItemResult(bool bit) : value(ValueOfBit(bit)) {}
+  ItemResult(const Address& item, const ByteOrder& order, std::span<const std::uint16_t> registers)
+      : value(ValueOfRegisters(item, order, registers)) {}
+
   Variant value;  // of a read without error; else Empty
   std::int32_t error = NoError;
 };

@@ -18,15 +18,34 @@ std::vector<ItemResult> ItemReader::Read(std::span<const ItemRequest> items) {
   } else if (plannedVersion_ != obstacles_.Version()) {
     Plan();
   }
-  ItemResult unread;
-  unread.error = BadValue;  // of what has no place; everything else gets its own end below
-  results_.assign(items.size(), unread);
   answered_.clear();
+  whole_.clear();
   ended_ = false;
-  for (const ReadBlock& block : blocks_)
-    ReadPart(block.items, true);
+  AskForBlocks();
+  if (whole_.size() == blocks_.size())
+    DeliverAll();
+  else
+    for (const std::size_t k : whole_)
+      Deliver(blocks_[k].items, blocks_[k].span, offsets_[k]);
   if (!ended_ && plannedVersion_ != obstacles_.Version()) Settle();
   return std::move(results_);
+}
+
+// One request right behind the other: taking the answers apart has time when all of them are there.
+void ItemReader::AskForBlocks() {
+  results_.clear();
+  for (std::size_t k = 0; k < blocks_.size(); ++k) {
+    const auto& [span, members] = blocks_[k];
+    const Answer answer = ended_ ? Answer{Answer::Kind::Broken, 0, {}} : Ask(span, offsets_[k]);
+    if (answer.IsDone()) {
+      NoteAnswered(members, span);
+      whole_.push_back(k);
+      continue;
+    }
+    // What has no place keeps this end; everything else gets its own.
+    if (results_.empty()) results_.assign(keys_.size(), ItemResult({}, BadValue));
+    TakeRefusal(members, span, answer, true);
+  }
 }
 
 bool ItemReader::IsPlanned(std::span<const ItemRequest> items) const noexcept {
@@ -57,22 +76,44 @@ void ItemReader::Take(std::span<const ItemRequest> items) {
 void ItemReader::Plan() {
   plannedVersion_ = obstacles_.Version();
   blocks_ = PlanReads(places_, gap_, obstacles_);
+  offsets_.clear();
+  std::size_t registers = MostRegistersRead;
+  std::size_t bits = MostBitsRead;
+  for (const ReadBlock& block : blocks_) {
+    std::size_t& end = HoldsBits(block.span.area) ? bits : registers;
+    offsets_.push_back(end);
+    end += static_cast<std::size_t>(block.span.count);
+  }
+  registers_.resize(registers);
+  bits_.resize(bits);
+  sources_.resize(places_.size());
+  for (std::size_t k = 0; k < blocks_.size(); ++k)
+    for (const std::size_t position : blocks_[k].items)
+      sources_[position] =
+          offsets_[k] + static_cast<std::size_t>(places_[position].start - blocks_[k].span.start);
 }
 
-// Reads the items of a block or of a part of it, with as many requests as it takes.
+void ItemReader::NoteAnswered(Positions items, const Span& span) {
+  answered_.push_back(span);
+  if (!obstacles_.IsEmpty() && IsSingle(items)) obstacles_.Forget(span);
+}
+
+// Reads a part of a block, with as many requests as it takes.
 ItemReader::Outcome ItemReader::ReadPart(Positions items, bool atGap) {
   if (ended_) {
     Fail(items, LinkDown);
     return Outcome::InParts;
   }
   const Span span = SpanOf(items);
-  const Answer answer = Ask(span);
-  if (answer.IsDone()) {
-    Deliver(items, span);
-    answered_.push_back(span);
-    if (!obstacles_.IsEmpty() && IsSingle(items)) obstacles_.Forget(span);
-    return Outcome::Whole;
-  }
+  const Answer answer = Ask(span, 0);
+  if (!answer.IsDone()) return TakeRefusal(items, span, answer, atGap);
+  Deliver(items, span, 0);
+  NoteAnswered(items, span);
+  return Outcome::Whole;
+}
+
+ItemReader::Outcome ItemReader::TakeRefusal(Positions items, const Span& span, const Answer& answer,
+                                            bool atGap) {
   if (!IsWorthDividing(answer) || IsSingle(items)) {
     Fail(items, ErrorOf(answer));
     if (IsWorthDividing(answer)) obstacles_.PutAlone(span);
@@ -85,7 +126,7 @@ ItemReader::Outcome ItemReader::ReadPart(Positions items, bool atGap) {
   if (first != Outcome::Whole || second != Outcome::Whole) return Outcome::InParts;
   // A device that failed for a moment answers the whole by now: then there is nothing to learn.
   if (answer.exception == 4) {
-    const Answer again = Ask(span);
+    const Answer again = Ask(span, 0);
     ended_ = EndsTheList(again);
     if (!IsWorthDividing(again)) return Outcome::InParts;
   }
@@ -115,9 +156,9 @@ void ItemReader::Settle() {
 ItemReader::Outcome ItemReader::TryTogether(Positions items, bool atGap) {
   const Span span = SpanOf(items);
   if (ended_ || coverage_.Holds(span)) return Outcome::Whole;
-  const Answer answer = Ask(span);
+  const Answer answer = Ask(span, 0);
   if (answer.IsDone()) {
-    Deliver(items, span);
+    Deliver(items, span, 0);
     coverage_.Put(span);
     return Outcome::Whole;
   }
@@ -131,23 +172,43 @@ ItemReader::Outcome ItemReader::TryTogether(Positions items, bool atGap) {
   return Outcome::InParts;
 }
 
-Answer ItemReader::Ask(const Span& span) {
+Answer ItemReader::Ask(const Span& span, std::size_t offset) {
   const auto count = static_cast<std::size_t>(span.count);
-  if (HoldsBits(span.area)) return line_.ReadBits(span.area, span.start, std::span(bits_).first(count));
-  return line_.ReadRegisters(span.area, span.start, std::span(registers_).first(count));
+  if (HoldsBits(span.area))
+    return line_.ReadBits(span.area, span.start, std::span(bits_).subspan(offset, count));
+  return line_.ReadRegisters(span.area, span.start, std::span(registers_).subspan(offset, count));
 }
 
-void ItemReader::Deliver(Positions items, const Span& span) {
+void ItemReader::DeliverAll() {
+  results_.reserve(keys_.size());
+  const auto passOver = [&](std::size_t end) {
+    while (results_.size() < end)
+      results_.emplace_back(Variant(), BadValue);
+  };
+  for (std::size_t k = 0; k < targets_.size(); ++k) {
+    passOver(targets_[k].item);
+    const Span& place = places_[k];
+    if (HoldsBits(place.area))
+      results_.emplace_back(bits_[sources_[k]] != 0);
+    else
+      results_.emplace_back(targets_[k].address, order_,
+                            std::span(registers_).subspan(sources_[k], static_cast<std::size_t>(place.count)));
+  }
+  passOver(keys_.size());
+}
+
+void ItemReader::Deliver(Positions items, const Span& span, std::size_t offset) {
+  const bool isBits = HoldsBits(span.area);
   for (const std::size_t position : items) {
     const Target& target = targets_[position];
     const Span& place = places_[position];
-    const auto offset = static_cast<std::size_t>(place.start - span.start);
+    const std::size_t start = offset + static_cast<std::size_t>(place.start - span.start);
     ItemResult& result = results_[target.item];
-    if (HoldsBits(span.area))
-      result.value = ValueOfBit(bits_[offset] != 0);
+    if (isBits)
+      result.value = ValueOfBit(bits_[start] != 0);
     else
       result.value = ValueOfRegisters(
-          target.address, order_, std::span(registers_).subspan(offset, static_cast<std::size_t>(place.count)));
+          target.address, order_, std::span(registers_).subspan(start, static_cast<std::size_t>(place.count)));
     result.error = NoError;
   }
 }

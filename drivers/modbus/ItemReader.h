@@ -14,7 +14,6 @@
 #include "modbus/Line.h"
 #include "modbus/ReadPlan.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -46,16 +45,23 @@ class ItemReader {
   // Whether the items of a block were read with one request.
   enum class Outcome : std::uint8_t { Whole, InParts };
 
+  void AskForBlocks();
   bool IsPlanned(std::span<const ItemRequest> items) const noexcept;
   void Take(std::span<const ItemRequest> items);
   void Plan();
 
   Outcome ReadPart(Positions items, bool atGap);
+  // What follows a request for `span` that was not done.
+  Outcome TakeRefusal(Positions items, const Span& span, const Answer& answer, bool atGap);
+  void NoteAnswered(Positions items, const Span& span);
   Outcome TryTogether(Positions items, bool atGap);
   void Settle();
-  Answer Ask(const Span& span);
-  // What came for `span` last, to its items.
-  void Deliver(Positions items, const Span& span);
+  // Reads `span` to `offset` of registers_ or bits_.
+  Answer Ask(const Span& span, std::size_t offset);
+  // Every block came whole: all results, in the order of the list.
+  void DeliverAll();
+  // What lies there for `span`, to its items.
+  void Deliver(Positions items, const Span& span, std::size_t offset);
   void Fail(Positions items, ItemError error);
   Span SpanOf(Positions items) const noexcept;
   // All have the same place.
@@ -72,15 +78,19 @@ class ItemReader {
   std::vector<Target> targets_;  // the items that have a place
   std::vector<Span> places_;     // of targets_
   std::vector<ReadBlock> blocks_;
+  std::vector<std::size_t> offsets_;  // of the answers of blocks_ in registers_ or bits_
+  std::vector<std::size_t> sources_;  // of targets_, when their blocks come whole, likewise
   std::uint64_t plannedVersion_ = 0;
 
   // The read that is under way.
   std::vector<ItemResult> results_;
   std::vector<Span> answered_;
+  std::vector<std::size_t> whole_;  // of blocks_, those that came with one request
   Coverage coverage_;
   bool ended_ = false;
-  std::array<std::uint16_t, MostRegistersRead> registers_{};
-  std::array<std::uint8_t, MostBitsRead> bits_{};
+  // Answers as they came: what parts of blocks brought, and behind it, block by block, what whole ones did.
+  std::vector<std::uint16_t> registers_;
+  std::vector<std::uint8_t> bits_;
 };
 
 }  // namespace orvo::modbus
