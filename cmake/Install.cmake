@@ -40,6 +40,10 @@ install(FILES ${PROJECT_BINARY_DIR}/orvobusiness.pc DESTINATION ${CMAKE_INSTALL_
 
 install(TARGETS orvo orvo-driver-test RUNTIME)
 install(TARGETS simulated_panel_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orvobusiness/drivers)
+if(TARGET modbus_library)
+  install(TARGETS modbus_library LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/orvobusiness/drivers)
+  install(TARGETS orvo-modbus-plan RUNTIME)
+endif()
 
 # The client knows its commands and options best.
 set(completions bash:bash-completion/completions/orvo zsh:zsh/vendor-completions/_orvo fish:fish/vendor_completions.d/orvo.fish)

@@ -34,13 +34,15 @@ ParsedOptions ParseOptions(int argc, char** argv) {
       app.add_option("--config", options.source.savedFile, "saved configuration with the groups");
   CLI::Option* items = app.add_option("--items", options.source.itemIds,
                                       "identifiers of a group of their own, separated by commas")
-                           ->delimiter(',');
+                           ->delimiter(',')
+                           ->allow_extra_args(false);
   app.add_option("--rate", options.source.itemRate, "update rate of --items in ms; 0: as often as it goes [0]")
       ->needs(items)
       ->check(CLI::Range(0, 2147483647));
   app.add_option("--refused", options.source.refusedIds,
                  "identifiers of items that the device refuses, separated by commas: each is asked for alone")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   app.add_option("--latency", options.latency, "ms that each request waits for the device and the network [5]")
       ->check(CLI::Range(0.0, 60000.0));
   app.add_flag("--json", options.json, "print JSON");
