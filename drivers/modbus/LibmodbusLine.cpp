@@ -206,7 +206,6 @@ Answer LibmodbusLine::Fail(Answer::Kind kind, const std::string& what) {
 Answer LibmodbusLine::Conclude(int result) {
   if (result >= 0) return {};
   const int error = errno;
-  if (interrupted_) return Fail(Answer::Kind::Broken, {});
   if (error > MODBUS_ENOBASE && error < MODBUS_ENOBASE + MODBUS_EXCEPTION_MAX)
     return {Answer::Kind::Refused, static_cast<std::uint8_t>(error - MODBUS_ENOBASE),
             name_ + ": " + ReasonOf(error)};
@@ -290,10 +289,7 @@ Answer LibmodbusLine::Resynchronise() {
   if (!MayConfuseAnswers()) return {};
   modbus_flush(context_->modbus);
   std::vector<std::uint8_t> response;
-  Answer answer = Ask(std::array{ReportServerId}, Deadline(), response);
-  // What is behind the answer was not asked for.
-  if (answer.IsDone()) modbus_flush(context_->modbus);
-  return answer;
+  return Ask(std::array{ReportServerId}, Deadline(), response);
 }
 
 bool LibmodbusLine::IsQuiet() {

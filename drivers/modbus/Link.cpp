@@ -105,6 +105,7 @@ void Link::Conclude(const Answer& answer) {
     if (identity_ == Identity::InDoubt) {
       identity_ = Identity::Settled;
       identityAnswered_ = false;
+      facts_.identification = {};  // what it was is no more known
     }
   } else {
     if (line_.MayConfuseAnswers()) facts_.unanswered = clock_();

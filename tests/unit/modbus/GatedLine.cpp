@@ -1,5 +1,6 @@
 #include "unit/modbus/GatedLine.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -26,10 +27,15 @@ void LineGate::AwaitEnd() {
   changed_.wait(lock, [this] { return lines_ == 0; });
 }
 
+int LineGate::MostLines() {
+  const std::lock_guard lock(mutex_);
+  return mostLines_;
+}
+
 GatedLine::GatedLine(std::shared_ptr<LineGate> gate) : gate_(std::move(gate)) {
   const std::lock_guard lock(gate_->mutex_);
   gate_->interrupted_ = false;
-  ++gate_->lines_;
+  gate_->mostLines_ = std::max(++gate_->lines_, gate_->mostLines_);
 }
 
 GatedLine::~GatedLine() {

@@ -23,6 +23,9 @@ class LineGate {
   // Waits until nothing has the line any more.
   void AwaitEnd();
 
+  // Of one driver there is never more than one line: a serial port cannot be opened twice.
+  int MostLines();
+
   bool deaf = false;      // an interruption ends no call, as on a serial line
   bool reachable = true;  // to be set before communication opens
   bool throws = false;    // reads and writes fail with an exception
@@ -39,6 +42,7 @@ class LineGate {
   bool interrupted_ = false;
   int calls_ = 0;
   int lines_ = 0;
+  int mostLines_ = 0;
 };
 
 class GatedLine final : public Line {

@@ -11,12 +11,12 @@
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace orvo::modbus {
 
@@ -194,6 +194,7 @@ TEST(LibmodbusLine, IdentifiesADeviceOverTcp) {
       {{"00 00 FF FF 01 2B 0E 01 01 00 00 01 00 FF 41"}, "wrong"},
       {{"00 00 00 00"}, "no answer"},
       {{"00 00 00 01 01"}, "wrong"},
+      {{"00 00 00 00 01"}, "wrong"},
       {{"00 00 00 11 01 2B 0E 01 01 00 00 03 00 01 41"}, "no answer"},
       {{""}, "no answer"},
   };
@@ -331,8 +332,10 @@ TEST(LibmodbusLine, RefusesADescriptorThatSelectCannotTake) {
 }
 
 TEST(LibmodbusLine, SpeaksRtuOnATerminal) {
+  std::mutex mutex;  // a terminal does not order what two threads do
   Octets came;
   DeviceThread device(Transport::Rtu, [&](int number, const Octets& bytes) {
+    const std::lock_guard lock(mutex);
     came = bytes;
     return DeviceReply{WithCrc(FromHex(number == 0 ? "01 03 04 00 05 00 06" : "01 83 02")), false};
   });
@@ -340,7 +343,10 @@ TEST(LibmodbusLine, SpeaksRtuOnATerminal) {
   EXPECT_TRUE(line.MayConfuseAnswers());
   ASSERT_TRUE(line.Connect().IsDone());
   EXPECT_EQ(ReadTwo(line), "done 5 6");
-  EXPECT_EQ(came, WithCrc(FromHex("01 03 00 10 00 02")));
+  {
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(came, WithCrc(FromHex("01 03 00 10 00 02")));
+  }
   EXPECT_EQ(ReadTwo(line), "refused 2");
   EXPECT_TRUE(line.IsConnected());
   ASSERT_TRUE(line.Connect().IsDone());  // the port was given back

@@ -114,7 +114,7 @@ TEST_F(LinkTest, AReadWhoseConnectionEndsIsAskedOnceMoreOnANewOne) {
 
 TEST_F(LinkTest, AReadOnAConnectionMadeForItIsNotAskedAgain) {
   line.answers["read"] = {Break()};
-  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(ReadAnswer().reason, "cut");
   EXPECT_EQ(line.Calls(), "connect read");
 }
 
@@ -194,6 +194,26 @@ TEST_F(LinkTest, ADeviceThatIsSilentToIdentificationOnlyIsNotAskedAgain) {
   WorkAll();
   EXPECT_EQ(line.Calls(), "read unquiet connect");
   EXPECT_EQ(Status(), "answering");
+  line.answers["read"] = {Silence()};
+  EXPECT_EQ(Read(), "no answer");
+  now += 1s;
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "read close connect");
+}
+
+TEST_F(LinkTest, ADeviceInPlaceOfAnotherMayNotIdentifyItself) {
+  WorkAll();
+  line.unquiet = true;
+  line.answers["identify"] = {Silence()};
+  link->Work();
+  WorkAll();
+  Read();
+  line.Calls();
+  line.unquiet = true;
+  link->Work();
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "unquiet connect");
+  EXPECT_EQ(state.Get().identification, Identification{});
 }
 
 TEST_F(LinkTest, ADeviceThatWasSilentAltogetherIsAskedForItsIdentificationLater) {

@@ -112,6 +112,7 @@ TEST_F(ModbusDriverTest, AfterReopeningALateResultIsNotTakenForTheNewRequest) {
   EXPECT_EQ(sink->lines, Lines{"read - [5]"});
   Read({"WO40008"});
   EXPECT_EQ(Answers(2), (Lines{"read - [5]", "read 7 [0]"}));
+  EXPECT_EQ(gate->MostLines(), 1);
 }
 
 TEST_F(ModbusDriverTest, AReleasedDriverTakesItsThreadAndDescriptorsWithIt) {
