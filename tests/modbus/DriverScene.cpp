@@ -61,7 +61,7 @@ void DriverScene::AskRead(const std::vector<std::string>& items) {
     addresses.Append(compiled.address);
     dimensions.Append(static_cast<std::int16_t>(compiled.words));
   }
-  answersBefore_ = Answers();
+  ForgetAnswers();
   const kit::RecordingSink::InsideCall inside(*sink_);
   driver_->ReadItems(addresses, dimensions);
 }
@@ -76,20 +76,25 @@ void DriverScene::AskWrite(const std::vector<std::pair<std::string, Variant>>& i
     dimensions.Append(static_cast<std::int16_t>(compiled.words));
     values.Append(value);
   }
-  answersBefore_ = Answers();
+  ForgetAnswers();
   const kit::RecordingSink::InsideCall inside(*sink_);
   driver_->WriteItems(addresses, dimensions, values);
 }
 
 Outcomes DriverScene::Await() {
-  Until([this] { return Answers() > answersBefore_; }, "an answer");
+  Until([this] { return !sink_->answers.empty(); }, "an answer");
   // Whatever was posted together with it: a second answer would be there now.
   platform_.PumpOnce();
-  return LastAnswer();
+  return TakeAnswer();
 }
 
-Outcomes DriverScene::LastAnswer() {
-  if (Answers() != answersBefore_ + 1) throw std::runtime_error("more than one answer to a request");
+void DriverScene::ForgetAnswers() {
+  answersBefore_ = Answers();
+  sink_->answers.clear();
+}
+
+Outcomes DriverScene::TakeAnswer() {
+  if (sink_->answers.size() != 1) throw std::runtime_error("more than one answer to a request");
   const kit::SinkEvent& answer = sink_->answers.back();
   if (answer.insideCall) throw std::runtime_error("an answer inside of the call");
   if (sink_->EventsOfOtherThreads() != 0) throw std::runtime_error("an answer on another thread");

@@ -38,7 +38,7 @@ class DriverScene {
   // Lets go of the driver.
   void Release() { driver_.reset(); }
 
-  // Asks and returns at once; the answer is waited for by Await, which wants exactly one.
+  // Asks and returns at once; the answer is waited for by Await, which wants exactly one and takes it.
   void AskRead(const std::vector<std::string>& items);
   void AskWrite(const std::vector<std::pair<std::string, Variant>>& items);
   Outcomes Await();
@@ -54,7 +54,7 @@ class DriverScene {
   // Pumps until it holds.
   void Until(const std::function<bool()>& condition, const std::string& what);
   void UntilStatus(std::int32_t status);
-  std::size_t Answers() const { return sink_->answers.size(); }
+  std::size_t Answers() const { return answersBefore_ + sink_->answers.size(); }  // to all requests so far
   PortablePlatform& Platform() { return platform_; }
 
  private:
@@ -64,14 +64,15 @@ class DriverScene {
     std::int32_t type = 0;
   };
   Compiled Compile(const std::string& item);
-  Outcomes LastAnswer();
+  void ForgetAnswers();
+  Outcomes TakeAnswer();
 
   PortablePlatform platform_;
   DiskFiles files_;
   std::shared_ptr<kit::RecordingSink> sink_ = std::make_shared<kit::RecordingSink>();
   std::shared_ptr<CommunicationDriver> driver_;
   std::shared_ptr<DeviceObject> device_;
-  std::size_t answersBefore_ = 0;
+  std::size_t answersBefore_ = 0;  // to the latest request; what came since is in the sink
   std::int32_t timer_ = 0;
 };
 

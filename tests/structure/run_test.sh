@@ -70,7 +70,8 @@ go "$project/run" release x64 "x 86"
 same "a release is made by its own command" "<release><x64><x 86> 9" "$output $status"
 go "$project/run" release
 same "a release of everything" "<release> 9" "$output $status"
-for row in package:tools/release/package bench:bench/run soak:tests/simulation/soak fuzz:fuzz/run; do
+for row in package:tools/release/package bench:bench/run soak:tests/simulation/soak fuzz:fuzz/run \
+  modbus:tools/modbus/demo; do
   name=${row%%:*}
   mkdir -p "$(dirname "$project/${row#*:}")"
   stub "$project/${row#*:}" <<STUB

@@ -9,10 +9,10 @@ import argparse
 import asyncio
 import logging
 import math
+import os
 import struct
 import sys
 import threading
-import os
 
 from pymodbus.datastore import ModbusServerContext, ModbusSlaveContext
 from pymodbus.device import ModbusDeviceIdentification
