@@ -138,8 +138,7 @@ class ExchangeReader {
   }
   void Read() {
     const auto results = exchange_.Read(items_);
-    Require(std::all_of(results.begin(), results.end(), [](const auto& result) { return result.error == 0; }),
-            "an item was not read");
+    Require(std::count(results.errors.begin(), results.errors.end(), 0) == Items, "an item was not read");
   }
 
  private:

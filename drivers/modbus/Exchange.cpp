@@ -5,11 +5,11 @@ namespace orvo::modbus {
 Exchange::Exchange(Line& line, const ExchangeOptions& options)
     : reader_(line, options.order, options.gap), writer_(line, options.order, options.bits) {}
 
-std::vector<ItemResult> Exchange::Read(std::span<const ItemRequest> items) {
+ItemResults Exchange::Read(std::span<const ItemRequest> items) {
   return reader_.Read(items);
 }
 
-std::vector<ItemResult> Exchange::Write(std::span<const ItemRequest> items) {
+ItemResults Exchange::Write(std::span<const ItemRequest> items) {
   return writer_.Write(items);
 }
 

@@ -27,7 +27,6 @@
 #include "modbus/Line.h"
 
 #include <span>
-#include <vector>
 
 namespace orvo::modbus {
 
@@ -36,9 +35,8 @@ class Exchange {
   // Neither is owned; both outlive it. `line` is what requests go to; it counts them for whoever asks.
   Exchange(Line& line, const ExchangeOptions& options);
 
-  // One result for each item, by position.
-  std::vector<ItemResult> Read(std::span<const ItemRequest> items);
-  std::vector<ItemResult> Write(std::span<const ItemRequest> items);
+  ItemResults Read(std::span<const ItemRequest> items);
+  ItemResults Write(std::span<const ItemRequest> items);
   // The line was connected anew: what was learned of the device may no longer hold.
   void Forget() noexcept;
 

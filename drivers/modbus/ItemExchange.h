@@ -4,13 +4,12 @@
 #include "modbus/Address.h"
 #include "modbus/ByteOrder.h"
 #include "modbus/ItemError.h"
-#include "modbus/ItemValue.h"
 #include "modbus/Settings.h"
 #include "values/Variant.h"
 
+#include <cstddef>
 #include <cstdint>
-#include <span>
-#include <utility>
+#include <vector>
 
 namespace orvo::modbus {
 
@@ -21,16 +20,14 @@ struct ItemRequest {
   Variant value;               // of a write; not shared with anybody
 };
 
-struct ItemResult {
-  ItemResult() = default;
-  ItemResult(Variant itemValue, std::int32_t itemError) : value(std::move(itemValue)), error(itemError) {}
-  // What was read. The value is made where it stays: moved once more it costs several times as much.
-  explicit ItemResult(bool bit) : value(ValueOfBit(bit)) {}
-  ItemResult(const Address& item, const ByteOrder& order, std::span<const std::uint16_t> registers)
-      : value(ValueOfRegisters(item, order, registers)) {}
+// What becomes of a list of items, by position. Apart, so that either travels on as it is.
+struct ItemResults {
+  std::vector<Variant> values;       // of a read: one for each item, Empty beside an error; of a write none
+  std::vector<std::int32_t> errors;  // one for each item
 
-  Variant value;  // of a read without error; else Empty
-  std::int32_t error = NoError;
+  static ItemResults Failed(std::size_t count, std::int32_t error) {
+    return {std::vector<Variant>(count), std::vector<std::int32_t>(count, error)};
+  }
 };
 
 struct ExchangeOptions {

@@ -11,7 +11,7 @@ namespace orvo::modbus {
 ItemReader::ItemReader(Line& line, const ByteOrder& order, std::int32_t gap)
     : line_(line), order_(order), gap_(gap) {}
 
-std::vector<ItemResult> ItemReader::Read(std::span<const ItemRequest> items) {
+ItemResults ItemReader::Read(std::span<const ItemRequest> items) {
   if (!IsPlanned(items)) {
     Take(items);
     Plan();
@@ -33,7 +33,7 @@ std::vector<ItemResult> ItemReader::Read(std::span<const ItemRequest> items) {
 
 // One request right behind the other: taking the answers apart has time when all of them are there.
 void ItemReader::AskForBlocks() {
-  results_.clear();
+  results_ = {};
   for (std::size_t k = 0; k < blocks_.size(); ++k) {
     const auto& [span, members] = blocks_[k];
     const Answer answer = ended_ ? Answer{Answer::Kind::Broken, 0, {}} : Ask(span, offsets_[k]);
@@ -43,7 +43,7 @@ void ItemReader::AskForBlocks() {
       continue;
     }
     // What has no place keeps this end; everything else gets its own.
-    if (results_.empty()) results_.assign(keys_.size(), ItemResult({}, BadValue));
+    if (results_.errors.empty()) results_ = ItemResults::Failed(keys_.size(), BadValue);
     TakeRefusal(members, span, answer, true);
   }
 }
@@ -145,7 +145,7 @@ void ItemReader::Settle() {
     for (const ReadBlock& block : blocks_) {
       if (ended_) break;
       const bool wasRead = std::all_of(block.items.begin(), block.items.end(), [&](std::size_t position) {
-        return results_[targets_[position].item].error == NoError;
+        return results_.errors[targets_[position].item] == NoError;
       });
       if (wasRead) TryTogether(block.items, true);
     }
@@ -180,42 +180,40 @@ Answer ItemReader::Ask(const Span& span, std::size_t offset) {
 }
 
 void ItemReader::DeliverAll() {
-  results_.reserve(keys_.size());
+  results_.errors.assign(keys_.size(), NoError);
+  results_.values.reserve(keys_.size());
   const auto passOver = [&](std::size_t end) {
-    while (results_.size() < end)
-      results_.emplace_back(Variant(), BadValue);
+    for (std::size_t k = results_.values.size(); k < end; ++k) {
+      results_.values.emplace_back();
+      results_.errors[k] = BadValue;
+    }
   };
   for (std::size_t k = 0; k < targets_.size(); ++k) {
     passOver(targets_[k].item);
-    const Span& place = places_[k];
-    if (HoldsBits(place.area))
-      results_.emplace_back(bits_[sources_[k]] != 0);
-    else
-      results_.emplace_back(targets_[k].address, order_,
-                            std::span(registers_).subspan(sources_[k], static_cast<std::size_t>(place.count)));
+    results_.values.emplace_back(Source{*this, k, sources_[k]});
   }
   passOver(keys_.size());
 }
 
+ItemReader::Source::operator Variant() const {
+  const Span& place = reader.places_[target];
+  if (HoldsBits(place.area)) return ValueOfBit(reader.bits_[offset] != 0);
+  return ValueOfRegisters(reader.targets_[target].address, reader.order_,
+                          std::span(reader.registers_).subspan(offset, static_cast<std::size_t>(place.count)));
+}
+
 void ItemReader::Deliver(Positions items, const Span& span, std::size_t offset) {
-  const bool isBits = HoldsBits(span.area);
   for (const std::size_t position : items) {
-    const Target& target = targets_[position];
-    const Span& place = places_[position];
-    const std::size_t start = offset + static_cast<std::size_t>(place.start - span.start);
-    ItemResult& result = results_[target.item];
-    if (isBits)
-      result.value = ValueOfBit(bits_[start] != 0);
-    else
-      result.value = ValueOfRegisters(
-          target.address, order_, std::span(registers_).subspan(start, static_cast<std::size_t>(place.count)));
-    result.error = NoError;
+    const std::size_t item = targets_[position].item;
+    results_.values[item] =
+        Source{*this, position, offset + static_cast<std::size_t>(places_[position].start - span.start)};
+    results_.errors[item] = NoError;
   }
 }
 
 void ItemReader::Fail(Positions items, ItemError error) {
   for (const std::size_t position : items)
-    results_[targets_[position].item].error = error;
+    results_.errors[targets_[position].item] = error;
 }
 
 Span ItemReader::SpanOf(Positions items) const noexcept {

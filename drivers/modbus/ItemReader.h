@@ -25,7 +25,7 @@ class ItemReader {
  public:
   ItemReader(Line& line, const ByteOrder& order, std::int32_t gap);
 
-  std::vector<ItemResult> Read(std::span<const ItemRequest> items);
+  ItemResults Read(std::span<const ItemRequest> items);
   void Forget() noexcept { obstacles_.Clear(); }
 
  private:
@@ -38,6 +38,15 @@ class ItemReader {
     std::int32_t dimension;
   };
   using Positions = std::span<const std::size_t>;  // in targets_ and places_
+  // Becomes the value of a target whose answer lies at `offset`, made where it stays: a value that is moved
+  // right after it was made costs twice as much.
+  struct Source {
+    const ItemReader& reader;
+    std::size_t target;
+    std::size_t offset;
+
+    operator Variant() const;
+  };
   struct Division {
     std::size_t position;  // the first of the second half
     bool isGap;
@@ -83,7 +92,7 @@ class ItemReader {
   std::uint64_t plannedVersion_ = 0;
 
   // The read that is under way.
-  std::vector<ItemResult> results_;
+  ItemResults results_;
   std::vector<Span> answered_;
   std::vector<std::size_t> whole_;  // of blocks_, those that came with one request
   Coverage coverage_;

@@ -11,12 +11,12 @@ namespace orvo::modbus {
 ItemWriter::ItemWriter(Line& line, const ByteOrder& order, BitWriting bits)
     : line_(line), order_(order), bits_(bits) {}
 
-std::vector<ItemResult> ItemWriter::Write(std::span<const ItemRequest> items) {
+ItemResults ItemWriter::Write(std::span<const ItemRequest> items) {
   Take(items);
   ended_ = false;
   for (const WriteRun& run : PlanWrites(writes_))
     WriteRunOf(run);
-  return std::move(results_);
+  return {{}, std::move(errors_)};
 }
 
 // Every value is looked at before anything is sent: what an item does not take fails whatever becomes of the
@@ -26,9 +26,9 @@ void ItemWriter::Take(std::span<const ItemRequest> items) {
   writes_.clear();
   registers_.clear();
   coils_.clear();
-  results_.assign(items.size(), ItemResult());
+  errors_.assign(items.size(), NoError);
   for (std::size_t k = 0; k < items.size(); ++k)
-    if (!TakeOne(items[k], k)) results_[k].error = BadValue;
+    if (!TakeOne(items[k], k)) errors_[k] = BadValue;
 }
 
 bool ItemWriter::TakeOne(const ItemRequest& item, std::size_t position) {
@@ -100,7 +100,7 @@ void ItemWriter::Conclude(const WriteRun& run, const Answer& answer) {
 
 void ItemWriter::Fail(const WriteRun& run, ItemError error) {
   for (std::size_t k = run.first; k < run.first + run.count; ++k)
-    results_[images_[k].item].error = error;
+    errors_[images_[k].item] = error;
 }
 
 }  // namespace orvo::modbus

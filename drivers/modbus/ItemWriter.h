@@ -16,7 +16,7 @@ class ItemWriter {
  public:
   ItemWriter(Line& line, const ByteOrder& order, BitWriting bits);
 
-  std::vector<ItemResult> Write(std::span<const ItemRequest> items);
+  ItemResults Write(std::span<const ItemRequest> items);
   void Forget() noexcept { hasNoMask_ = false; }
 
  private:
@@ -44,7 +44,7 @@ class ItemWriter {
   std::vector<PlannedWrite> writes_;  // of images_
   std::vector<std::uint16_t> registers_;
   std::vector<std::uint8_t> coils_;
-  std::vector<ItemResult> results_;
+  std::vector<std::int32_t> errors_;
   bool ended_ = false;
 };
 

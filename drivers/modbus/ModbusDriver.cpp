@@ -116,8 +116,7 @@ void ModbusDriver::Take(WorkerJob::Kind kind, std::vector<ItemRequest> items) {
   const Request request{kind, items.size(), lastNumber_ + 1};
   // Made here, called there, and handed back whole by Post. The driver is looked up on its own thread only: on
   // the other one it must not end.
-  auto answer = [&platform = platform_, weak = weak_from_this(),
-                 number = request.number](std::vector<ItemResult> results) {
+  auto answer = [&platform = platform_, weak = weak_from_this(), number = request.number](ItemResults results) {
     platform.Post([weak, number, results = std::move(results)]() mutable {
       if (const auto driver = weak.lock()) driver->Answer(number, std::move(results));
     });
@@ -127,19 +126,15 @@ void ModbusDriver::Take(WorkerJob::Kind kind, std::vector<ItemRequest> items) {
   request_ = request;
 }
 
-void ModbusDriver::Answer(std::uint64_t number, std::vector<ItemResult> results) {
+void ModbusDriver::Answer(std::uint64_t number, ItemResults results) {
   if (!request_ || request_->number != number) return;
   const auto self = shared_from_this();              // the handler may let go of the driver,
   const std::shared_ptr<IEventNotify> sink = sink_;  // replace the sink
   const WorkerJob::Kind kind = request_->kind;
   request_.reset();  // and send the next request
   if (!sink) return;
-  SafeArray<std::int32_t> errors(results.size());
-  SafeArray<Variant> values(kind == WorkerJob::Kind::Read ? results.size() : 0);
-  for (std::size_t k = 0; k < results.size(); ++k) {
-    errors.Edit()[k] = results[k].error;
-    if (kind == WorkerJob::Kind::Read) values.Edit()[k] = std::move(results[k].value);
-  }
+  const SafeArray<std::int32_t> errors(std::move(results.errors));
+  const SafeArray<Variant> values(std::move(results.values));
   try {
     if (kind == WorkerJob::Kind::Read)
       sink->AsyncReadComplete(values, errors);
@@ -194,7 +189,7 @@ void ModbusDriver::CloseCommunication() {
   // and lets go of it at once still gets the answer.
   request_->number = ++lastNumber_;
   platform_.Post([driver = shared_from_this(), request = *request_] {
-    driver->Answer(request.number, std::vector<ItemResult>(request.items, ItemResult{{}, LinkDown}));
+    driver->Answer(request.number, ItemResults::Failed(request.items, LinkDown));
   });
 }
 

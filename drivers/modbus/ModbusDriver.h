@@ -140,7 +140,7 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   void RequireReadyForRequest() const;
   void Take(WorkerJob::Kind kind, std::vector<ItemRequest> items);
   // The end of request `number`, if it is still outstanding.
-  void Answer(std::uint64_t number, std::vector<ItemResult> results);
+  void Answer(std::uint64_t number, ItemResults results);
   // The connection with what the properties add.
   Settings WholeSettings() const;
 

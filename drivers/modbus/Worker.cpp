@@ -116,14 +116,14 @@ bool Worker::Step() {
 }
 
 void Worker::Do(WorkerJob job) {
-  std::vector<ItemResult> results;
+  ItemResults results;
   try {
     if (std::exchange(learnedOn_, link_.Connections()) != link_.Connections()) exchange_.Forget();
     results = job.kind == WorkerJob::Kind::Read ? exchange_.Read(job.items) : exchange_.Write(job.items);
   } catch (...) {
     // Where it failed nobody knows, so neither what the line is at.
     link_.GiveUp(CaughtError().Description());
-    results.assign(job.items.size(), ItemResult{{}, WrongAnswer});
+    results = ItemResults::Failed(job.items.size(), WrongAnswer);
   }
   // What the request held ends before its answer can make the owner go on.
   job.items = {};

@@ -30,8 +30,8 @@ struct WorkerJob {
 
   Kind kind = Kind::Read;
   std::vector<ItemRequest> items;
-  // Called once with one result for each item. Must not throw.
-  std::function<void(std::vector<ItemResult> results)> answer;
+  // Called once with the results of all items. Must not throw.
+  std::function<void(ItemResults results)> answer;
 };
 
 class Worker {

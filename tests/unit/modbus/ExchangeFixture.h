@@ -55,28 +55,30 @@ class ExchangeTest : public ::testing::Test {
 
   // What is wrong with `results` beside the device's tables and the errors that are expected: those of
   // `errors`, by position, else none. Empty when nothing is.
-  std::string Wrong(const Requests& items, const std::vector<ItemResult>& results,
+  std::string Wrong(const Requests& items, const ItemResults& results,
                     const std::vector<std::pair<std::size_t, std::int32_t>>& errors = {}) const {
-    if (results.size() != items.size()) return std::to_string(results.size()) + " results";
+    if (results.values.size() != items.size() || results.errors.size() != items.size())
+      return std::to_string(results.values.size()) + " values, " + std::to_string(results.errors.size()) +
+             " errors";
     std::string wrong;
     for (std::size_t k = 0; k < items.size(); ++k) {
       std::int32_t error = NoError;
       for (const auto& [position, number] : errors)
         if (position == k) error = number;
-      const ItemResult& result = results[k];
-      if (result.error != error)
-        wrong += "item " + std::to_string(k) + " has error " + std::to_string(result.error) + "; ";
-      else if (error != NoError ? !result.value.IsEmpty() : result.value != Expected(items[k]))
+      const Variant& value = results.values[k];
+      if (results.errors[k] != error)
+        wrong += "item " + std::to_string(k) + " has error " + std::to_string(results.errors[k]) + "; ";
+      else if (error != NoError ? !value.IsEmpty() : value != Expected(items[k]))
         wrong += "item " + std::to_string(k) + " has another value; ";
     }
     return wrong;
   }
 
   // The errors of all items: "0 0 10".
-  static std::string ErrorsOf(const std::vector<ItemResult>& results) {
+  static std::string ErrorsOf(const ItemResults& results) {
     std::string text;
-    for (const ItemResult& result : results)
-      text += (text.empty() ? "" : " ") + std::to_string(result.error);
+    for (const std::int32_t error : results.errors)
+      text += (text.empty() ? "" : " ") + std::to_string(error);
     return text;
   }
 
