@@ -116,7 +116,11 @@ Variant Variant::OfBytes(std::span<const std::uint8_t> bytes) {
   value.kind_ = VariantKind::UI1;
   value.array_ = true;
   value.inlineCount_ = static_cast<std::uint8_t>(bytes.size());
-  std::copy_n(reinterpret_cast<const std::byte*>(bytes.data()), bytes.size(), value.payload_);
+  // Most are words: a copy of known length is no call.
+  if (bytes.size() == 2)
+    std::memcpy(value.payload_, bytes.data(), 2);
+  else
+    std::copy_n(reinterpret_cast<const std::byte*>(bytes.data()), bytes.size(), value.payload_);
   return value;
 }
 
