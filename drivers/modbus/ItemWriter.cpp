@@ -81,13 +81,13 @@ Answer ItemWriter::SendPart(std::int32_t address, std::uint16_t mask, std::uint1
   const auto set = static_cast<std::uint16_t>(value & mask);
   const auto keep = static_cast<std::uint16_t>(~mask);
   if (!hasNoMask_) {
-    const Answer answer = line_.MaskRegister(address, keep, set);
+    Answer answer = line_.MaskRegister(address, keep, set);
     const bool isUnknown = answer.kind == Answer::Kind::Refused && answer.exception == 1;
     if (!isUnknown || bits_ == BitWriting::Mask) return answer;
     hasNoMask_ = true;
   }
   std::uint16_t whole = 0;
-  const Answer answer = line_.ReadRegisters(Area::HoldingRegisters, address, std::span(&whole, 1));
+  Answer answer = line_.ReadRegisters(Area::HoldingRegisters, address, std::span(&whole, 1));
   if (!answer.IsDone()) return answer;
   whole = static_cast<std::uint16_t>((whole & keep) | set);
   return line_.WriteRegisters(address, std::span(&whole, 1));
