@@ -176,6 +176,14 @@ class Connection:
             if writer is not None:
                 writer.transport.abort()
 
+    async def cut(self):
+        """The same, and until the client's end is gone."""
+        self.close()
+        try:
+            await self.to_client.wait_closed()
+        except ConnectionError:
+            pass
+
     async def requests(self):
         """From the client to the server."""
         while frame := await self.frames.read(self.from_client):
@@ -312,8 +320,7 @@ class Proxy:
             for connection in self.connections:
                 connection.send(bytes.fromhex(words[1]))
         elif name == "cut":
-            for connection in list(self.connections):
-                connection.close()
+            await asyncio.gather(*[connection.cut() for connection in list(self.connections)])
         elif name == "refuse":
             if self.server is not None:
                 self.server.close()

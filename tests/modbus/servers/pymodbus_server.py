@@ -65,7 +65,8 @@ def hole(text):
 
 
 async def move(registers):
-    """A plant that lives: a counter, a sine, a bit, in registers from 40001 on."""
+    """A plant that lives: a counter, a sine, a bit, in registers from 40001 on; a text from 40201 on."""
+    registers.setValues(200, [*struct.unpack(">5H", b"Vanilla 3%")])
     passed = 0
     while True:
         registers.setValues(0, passed & 0xFFFF)
@@ -124,7 +125,7 @@ def main():
     parser.add_argument("--baud", type=int, default=115200)
     parser.add_argument("--parity", choices="NEO", default="N", help="pseudo terminals have none")
     parser.add_argument("--rtu-over-tcp", action="store_true", help="frames of RTU on a TCP port")
-    parser.add_argument("--moving", action="store_true", help="40001 counts, 40002 is a sine (two registers), 40004 one bit")
+    parser.add_argument("--moving", action="store_true", help="40001 counts, 40002 is a sine (two registers), 40004 one bit, 40201 a text")
     options = parser.parse_args()
     # Clients that go away are what the tests are about.
     logging.getLogger("pymodbus").setLevel(logging.CRITICAL)
