@@ -16,7 +16,7 @@ TEST_F(LinkStepTest, FallsIntoStepBeforeTheFirstRequestOfAConnection) {
 }
 
 TEST_F(LinkStepTest, AnIdentificationIsAsGood) {
-  for (const Answer& answer : {Answer{}, Refusal(1)}) {
+  for (const Answer& answer : {Answer{}, RefusedAnswer(1)}) {
     line.answers["identify"] = {answer};
     WorkAll();
     EXPECT_EQ(Read(), "done");
@@ -28,7 +28,7 @@ TEST_F(LinkStepTest, AnIdentificationIsAsGood) {
 
 TEST_F(LinkStepTest, AfterARequestWithoutProperAnswerFallsIntoStepFirst) {
   Read();
-  for (const Answer& failure : {Silence(), Rubbish()})
+  for (const Answer& failure : {SilentAnswer(), RubbishAnswer()})
     for (const bool writes : {false, true}) {
       line.Calls();
       line.answers[writes ? "write" : "read"] = {failure};
@@ -43,8 +43,8 @@ TEST_F(LinkStepTest, AfterARequestWithoutProperAnswerFallsIntoStepFirst) {
 TEST_F(LinkStepTest, OutOfStepNothingIsReadOrWritten) {
   Read();
   line.Calls();
-  line.answers["read"] = {Silence()};
-  line.answers["resync"] = {Silence(), Silence(), Silence()};
+  line.answers["read"] = {SilentAnswer()};
+  line.answers["resync"] = {SilentAnswer(), SilentAnswer(), SilentAnswer()};
   Read();
   EXPECT_EQ(Read(), "no answer");
   EXPECT_EQ(Write(), "no answer");
@@ -65,11 +65,11 @@ TEST_F(LinkStepTest, IsInStepWhenALateAnswerHasHadTimeEnough) {
     timeout = row.timeout;
     Begin();
     Read();
-    line.answers["read"] = {Silence()};
+    line.answers["read"] = {SilentAnswer()};
     Read();
     line.Calls();
     const Link::Time since = now;
-    line.answers["resync"] = {Silence()};
+    line.answers["resync"] = {SilentAnswer()};
     now = since + row.hold - 1ms;
     EXPECT_EQ(Read(), "no answer");
     EXPECT_EQ(line.Calls(), "resync");
@@ -82,8 +82,8 @@ TEST_F(LinkStepTest, IsInStepWhenALateAnswerHasHadTimeEnough) {
 }
 
 TEST_F(LinkStepTest, ADeviceSilentToBothIsInStepWhenNothingIsOutstanding) {
-  line.answers["identify"] = {Silence()};
-  line.answers["resync"] = {Silence()};
+  line.answers["identify"] = {SilentAnswer()};
+  line.answers["resync"] = {SilentAnswer()};
   WorkAll();
   EXPECT_EQ(line.Calls(), "connect identify");
   EXPECT_EQ(Read(), "done");
@@ -92,8 +92,8 @@ TEST_F(LinkStepTest, ADeviceSilentToBothIsInStepWhenNothingIsOutstanding) {
 }
 
 TEST_F(LinkStepTest, ADeviceThatKnowsNeitherIsAskedForEachOnceMore) {
-  line.answers["identify"] = {Silence(), Silence(), Silence()};
-  line.answers["resync"] = {Silence(), Silence(), Silence()};
+  line.answers["identify"] = {SilentAnswer(), SilentAnswer(), SilentAnswer()};
+  line.answers["resync"] = {SilentAnswer(), SilentAnswer(), SilentAnswer()};
   for (int k = 0; k < 4; ++k) {
     WorkAll();
     EXPECT_EQ(Read(), "done");
@@ -102,9 +102,9 @@ TEST_F(LinkStepTest, ADeviceThatKnowsNeitherIsAskedForEachOnceMore) {
 }
 
 TEST_F(LinkStepTest, ADeviceThatComesBackIsAskedForItsIdentification) {
-  line.answers["identify"] = {Silence(), Silence()};
-  line.answers["resync"] = {Silence(), Silence()};
-  line.answers["read"] = {Silence()};
+  line.answers["identify"] = {SilentAnswer(), SilentAnswer()};
+  line.answers["resync"] = {SilentAnswer(), SilentAnswer()};
+  line.answers["read"] = {SilentAnswer()};
   for (int k = 0; k < 2; ++k) {
     WorkAll();
     EXPECT_EQ(Read(), "no answer");
@@ -118,9 +118,9 @@ TEST_F(LinkStepTest, ADeviceThatComesBackIsAskedForItsIdentification) {
 
 TEST_F(LinkStepTest, ALinkInPlaceOfAnotherWaitsForTheLateAnswersOfThatOne) {
   Read();
-  line.answers["read"] = {Silence()};
+  line.answers["read"] = {SilentAnswer()};
   Read();
-  line.answers["resync"] = {Silence(), Silence(), Silence()};
+  line.answers["resync"] = {SilentAnswer(), SilentAnswer(), SilentAnswer()};
   link->Disconnect();
   Begin();
   line.Calls();
@@ -134,10 +134,10 @@ TEST_F(LinkStepTest, ALinkInPlaceOfAnotherWaitsForTheLateAnswersOfThatOne) {
 
 TEST_F(LinkStepTest, APortThatWasLostIsOutOfStepWhenItIsBack) {
   Read();
-  line.answers["write"] = {Break()};
+  line.answers["write"] = {BrokenAnswer()};
   Write();
   line.Calls();
-  line.answers["resync"] = {Silence()};
+  line.answers["resync"] = {SilentAnswer()};
   EXPECT_EQ(Read(), "no answer");
   EXPECT_EQ(line.Calls(), "connect resync");
 }
@@ -157,7 +157,7 @@ TEST_F(LinkStepTest, BytesThatNobodyAskedForMakeItFallIntoStepFirst) {
 TEST_F(LinkStepTest, AnUnansweredRequestDoesNotCloseThePort) {
   Read();
   line.Calls();
-  line.answers["read"] = {Silence(), Rubbish()};
+  line.answers["read"] = {SilentAnswer(), RubbishAnswer()};
   Read();
   Read();
   EXPECT_EQ(line.Calls(), "read resync read");

@@ -35,7 +35,8 @@ TEST_F(LinkTest, ConnectsAndIdentifiesInTheBackgroundOnce) {
 }
 
 TEST_F(LinkTest, PausesTwiceAsLongAfterEachAttemptInVainUpToFiveSeconds) {
-  line.answers["connect"] = {Break(), Break(), Break(), Break(), Break(), Break(), Break(), Break(), Break()};
+  line.answers["connect"] = {BrokenAnswer(), BrokenAnswer(), BrokenAnswer(), BrokenAnswer(), BrokenAnswer(),
+                             BrokenAnswer(), BrokenAnswer(), BrokenAnswer(), BrokenAnswer()};
   std::vector<std::int64_t> pauses;
   for (int k = 0; k < 9; ++k) {
     link->Work();
@@ -53,7 +54,7 @@ TEST_F(LinkTest, PausesTwiceAsLongAfterEachAttemptInVainUpToFiveSeconds) {
 }
 
 TEST_F(LinkTest, ARequestDuringThePauseFailsAtOnceAndTellsWhenItIsOver) {
-  line.answers["connect"] = {Break(), Break()};
+  line.answers["connect"] = {BrokenAnswer(), BrokenAnswer()};
   EXPECT_EQ(ReadAnswer().reason, "cut");
   EXPECT_EQ(ReadAnswer().reason, "cut; the next attempt to connect is in 0.1 s");
   EXPECT_EQ(Write(), "broken");
@@ -67,12 +68,12 @@ TEST_F(LinkTest, ARequestDuringThePauseFailsAtOnceAndTellsWhenItIsOver) {
 }
 
 TEST_F(LinkTest, OnlyAnAnswerTakesThePauseBack) {
-  line.answers["connect"] = {Break(), Break()};
+  line.answers["connect"] = {BrokenAnswer(), BrokenAnswer()};
   link->Work();
   now += 100ms;
   link->Work();
   now += 200ms;
-  line.answers["identify"] = {Break()};
+  line.answers["identify"] = {BrokenAnswer()};
   WorkAll();  // connected, and lost before an answer
   EXPECT_EQ(line.Calls(), "connect connect connect identify");
   EXPECT_EQ(*link->NextWork() - now, 400ms);
@@ -81,13 +82,13 @@ TEST_F(LinkTest, OnlyAnAnswerTakesThePauseBack) {
   line.unquiet = true;
   link->Work();
   EXPECT_LE(*link->NextWork(), now);
-  line.answers["connect"] = {Break()};
+  line.answers["connect"] = {BrokenAnswer()};
   WorkAll();
   EXPECT_EQ(*link->NextWork() - now, 100ms);
 }
 
 TEST_F(LinkTest, AnExceptionIsAnAnswer) {
-  line.answers["read"] = {Refusal(2)};
+  line.answers["read"] = {RefusedAnswer(2)};
   EXPECT_EQ(Read(), "refused 2");
   EXPECT_EQ(state.Get().exception, 2);
   EXPECT_EQ(Status(), "answering");
@@ -96,7 +97,7 @@ TEST_F(LinkTest, AnExceptionIsAnAnswer) {
   EXPECT_LE(*link->NextWork(), now);
   EXPECT_EQ(Read(), "done");
   EXPECT_EQ(state.Get().exception, 0);
-  line.answers["read"] = {Refusal(0)};
+  line.answers["read"] = {RefusedAnswer(0)};
   Read();
   EXPECT_EQ(state.Get().exception, -1);
 }
@@ -104,16 +105,16 @@ TEST_F(LinkTest, AnExceptionIsAnAnswer) {
 TEST_F(LinkTest, AReadWhoseConnectionEndsIsAskedOnceMoreOnANewOne) {
   Read();
   line.Calls();
-  line.answers["read"] = {Break()};
+  line.answers["read"] = {BrokenAnswer()};
   EXPECT_EQ(Read(), "done");
   EXPECT_EQ(line.Calls(), "read connect read");
-  line.answers["read"] = {Break(), Break()};
+  line.answers["read"] = {BrokenAnswer(), BrokenAnswer()};
   EXPECT_EQ(Read(), "broken");
   EXPECT_EQ(line.Calls(), "read connect read");
 }
 
 TEST_F(LinkTest, AReadOnAConnectionMadeForItIsNotAskedAgain) {
-  line.answers["read"] = {Break()};
+  line.answers["read"] = {BrokenAnswer()};
   EXPECT_EQ(ReadAnswer().reason, "cut");
   EXPECT_EQ(line.Calls(), "connect read");
 }
@@ -121,10 +122,10 @@ TEST_F(LinkTest, AReadOnAConnectionMadeForItIsNotAskedAgain) {
 TEST_F(LinkTest, AWriteIsNeverAskedTwice) {
   Read();
   line.Calls();
-  line.answers["write"] = {Break()};
+  line.answers["write"] = {BrokenAnswer()};
   EXPECT_EQ(Write(), "broken");
   EXPECT_EQ(line.Calls(), "write");
-  line.answers["mask"] = {Break()};
+  line.answers["mask"] = {BrokenAnswer()};
   EXPECT_EQ(Text(link->MaskRegister(0, 0, 0)), "broken");
   EXPECT_EQ(line.Calls(), "connect mask");
 }
@@ -139,7 +140,8 @@ TEST_F(LinkTest, AWriteAfterTheConnectionEndedInSilenceGoesOverANewOne) {
 }
 
 TEST_F(LinkTest, OnTcpARequestWithoutProperAnswerEndsTheConnection) {
-  const std::vector<std::pair<Answer, std::string>> failures{{Silence(), "no answer"}, {Rubbish(), "wrong"}};
+  const std::vector<std::pair<Answer, std::string>> failures{{SilentAnswer(), "no answer"},
+                                                             {RubbishAnswer(), "wrong"}};
   for (const auto& [failure, text] : failures) {
     Read();
     line.Calls();
@@ -155,7 +157,7 @@ TEST_F(LinkTest, OnTcpARequestWithoutProperAnswerEndsTheConnection) {
 TEST_F(LinkTest, ANewConnectionAfterAnUnansweredRequestIsNotCalledAnswering) {
   Read();
   WorkAll();
-  line.answers["read"] = {Silence()};
+  line.answers["read"] = {SilentAnswer()};
   Read();
   link->Connect();
   EXPECT_EQ(Status(), "unanswered");
@@ -174,7 +176,7 @@ TEST_F(LinkTest, ANewConnectionIsAskedForItsIdentificationAgain) {
   EXPECT_EQ(line.Calls(), "unquiet connect identify");
   EXPECT_EQ(state.Get().identification.vendor, "Other");
   line.unquiet = true;
-  line.answers["identify"] = {Refusal(1)};
+  line.answers["identify"] = {RefusedAnswer(1)};
   link->Work();
   WorkAll();
   EXPECT_EQ(state.Get().identification, Identification{});
@@ -182,7 +184,7 @@ TEST_F(LinkTest, ANewConnectionIsAskedForItsIdentificationAgain) {
 }
 
 TEST_F(LinkTest, ADeviceThatIsSilentToIdentificationOnlyIsNotAskedAgain) {
-  line.answers["identify"] = {Silence()};
+  line.answers["identify"] = {SilentAnswer()};
   WorkAll();
   EXPECT_EQ(line.Calls(), "connect identify close connect");
   EXPECT_EQ(Status(), "unanswered");
@@ -194,7 +196,7 @@ TEST_F(LinkTest, ADeviceThatIsSilentToIdentificationOnlyIsNotAskedAgain) {
   WorkAll();
   EXPECT_EQ(line.Calls(), "read unquiet connect");
   EXPECT_EQ(Status(), "answering");
-  line.answers["read"] = {Silence()};
+  line.answers["read"] = {SilentAnswer()};
   EXPECT_EQ(Read(), "no answer");
   now += 1s;
   WorkAll();
@@ -204,7 +206,7 @@ TEST_F(LinkTest, ADeviceThatIsSilentToIdentificationOnlyIsNotAskedAgain) {
 TEST_F(LinkTest, ADeviceInPlaceOfAnotherMayNotIdentifyItself) {
   WorkAll();
   line.unquiet = true;
-  line.answers["identify"] = {Silence()};
+  line.answers["identify"] = {SilentAnswer()};
   link->Work();
   WorkAll();
   Read();
@@ -217,9 +219,9 @@ TEST_F(LinkTest, ADeviceInPlaceOfAnotherMayNotIdentifyItself) {
 }
 
 TEST_F(LinkTest, ADeviceThatWasSilentAltogetherIsAskedForItsIdentificationLater) {
-  line.answers["identify"] = {Silence()};
+  line.answers["identify"] = {SilentAnswer()};
   WorkAll();
-  line.answers["read"] = {Silence()};
+  line.answers["read"] = {SilentAnswer()};
   EXPECT_EQ(Read(), "no answer");
   line.Calls();
   now = *link->NextWork();
@@ -229,8 +231,8 @@ TEST_F(LinkTest, ADeviceThatWasSilentAltogetherIsAskedForItsIdentificationLater)
 }
 
 TEST_F(LinkTest, ADeviceThatWasGoneAltogetherIsAskedForItsIdentificationWhenItIsBack) {
-  line.answers["identify"] = {Silence()};
-  line.answers["connect"] = {Answer{}, Break()};
+  line.answers["identify"] = {SilentAnswer()};
+  line.answers["connect"] = {Answer{}, BrokenAnswer()};
   WorkAll();
   EXPECT_EQ(line.Calls(), "connect identify close connect");
   now = *link->NextWork();
@@ -242,7 +244,7 @@ TEST_F(LinkTest, ADeviceThatWasGoneAltogetherIsAskedForItsIdentificationWhenItIs
 
 TEST_F(LinkTest, AGatewayWithoutItsDeviceIsAskedForTheIdentificationAgainAfterFiveSeconds) {
   for (const std::uint8_t passing : std::vector<std::uint8_t>{5, 6, 10, 11}) {
-    line.answers["identify"].push_back(Refusal(passing));
+    line.answers["identify"].push_back(RefusedAnswer(passing));
     WorkAll();
     EXPECT_EQ(*link->NextWork() - now, 5s) << int{passing};
     now += 5s;

@@ -11,16 +11,16 @@
 
 namespace orvo::modbus {
 
-inline Answer Refusal(std::uint8_t exception) {
+inline Answer RefusedAnswer(std::uint8_t exception) {
   return {Answer::Kind::Refused, exception, "refused"};
 }
-inline Answer Silence() {
+inline Answer SilentAnswer() {
   return {Answer::Kind::NoAnswer, 0, "silent"};
 }
-inline Answer Rubbish() {
+inline Answer RubbishAnswer() {
   return {Answer::Kind::Wrong, 0, "rubbish"};
 }
-inline Answer Break() {
+inline Answer BrokenAnswer() {
   return {Answer::Kind::Broken, 0, "cut"};
 }
 
