@@ -21,9 +21,7 @@ class ExchangeReadTest : public ExchangeTest {
   }
 };
 
-const Answer Silence{Answer::Kind::NoAnswer, 0, "nothing came"};
-
-}  // namespace
+const Answer NothingCame{Answer::Kind::NoAnswer, 0, "nothing came"};
 
 TEST_F(ExchangeReadTest, AThousandWordsInARowAreEightRequests) {
   const Requests items = WordsAt(0, 1000);
@@ -219,10 +217,10 @@ TEST_F(ExchangeReadTest, AfterAnAnswerThatIsMissingOrWrongNothingMoreIsAsked) {
 TEST_F(ExchangeReadTest, ALineThatFailsInADivisionEndsItAndTeachesNothing) {
   const Requests items = WordsAt(0, 8);
   device.script[0] = FakeDevice::Refusal(2);
-  device.script[2] = Silence;
+  device.script[2] = NothingCame;
   EXPECT_EQ(ErrorsOf(exchange.Read(items)), "0 0 0 0 3 3 3 3");
   EXPECT_EQ(device.TakeLog(), (Asked{"read 4:0+8", "read 4:0+4", "read 4:4+4"}));
-  device.script = {{0, FakeDevice::Refusal(2)}, {1, Silence}};
+  device.script = {{0, FakeDevice::Refusal(2)}, {1, NothingCame}};
   EXPECT_EQ(ErrorsOf(exchange.Read(items)), "3 3 3 3 5 5 5 5");
   device.TakeLog();
   device.script.clear();
@@ -233,7 +231,7 @@ TEST_F(ExchangeReadTest, ALineThatFailsInADivisionEndsItAndTeachesNothing) {
 TEST_F(ExchangeReadTest, ALineThatFailsWhileThePlanIsTriedTakesNoValueAway) {
   const Requests items{WordAt(0), WordAt(10), WordAt(22)};
   Hole(15);
-  device.script[5] = Silence;  // the trial, see above
+  device.script[5] = NothingCame;  // the trial, see above
   device.script[1] = FakeDevice::Refusal(2);
   EXPECT_EQ(Wrong(items, exchange.Read(items)), "");
   EXPECT_EQ(device.log.size(), 6U);
@@ -243,7 +241,7 @@ TEST_F(ExchangeReadTest, ALineThatFailsWhileThePlanIsTriedEndsTheTrials) {
   const Requests items{WordAt(0), WordAt(10), WordAt(22), WordAt(1000), WordAt(1010), WordAt(1022)};
   for (const std::int32_t address : {5, 15, 1005, 1015})
     Hole(address);
-  device.script[10] = Silence;
+  device.script[10] = NothingCame;
   EXPECT_EQ(Wrong(items, exchange.Read(items)), "");
   EXPECT_EQ(device.log.size(), 11U);
   EXPECT_EQ(device.log.back(), "read 4:10+13");
@@ -357,5 +355,7 @@ TEST_F(ExchangeReadTest, AHundredThousandItemsAreReadWithoutFurtherWork) {
   EXPECT_LE(device.TakeLog().size(), 800U + 16U);
   EXPECT_EQ(NextCycle(items).size(), 802U);
 }
+
+}  // namespace
 
 }  // namespace orvo::modbus

@@ -23,8 +23,6 @@ class ExchangeWriteTest : public ExchangeTest {
   std::uint16_t Holding(std::int32_t address) const { return device.Register(Area::HoldingRegisters, address); }
 };
 
-}  // namespace
-
 TEST_F(ExchangeWriteTest, NeighboursShareARequestInTheOrderOfTheList) {
   EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(10, 1), Word(11, 2), Word(5, 3), Word(6, 4), Word(12, 5)})),
             "0 0 0 0 0");
@@ -179,5 +177,7 @@ TEST_F(ExchangeWriteTest, WhatWasWrittenIsWhatIsRead) {
   EXPECT_EQ(Wrong(items, exchange.Read(items)), "");
   EXPECT_EQ(Holding(299), 65535 - 299);
 }
+
+}  // namespace
 
 }  // namespace orvo::modbus
