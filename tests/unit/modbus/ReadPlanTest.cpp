@@ -15,16 +15,16 @@ namespace {
 
 using Places = std::vector<Span>;
 
-Span Word(std::int32_t address) {
+Span WordPlace(std::int32_t address) {
   return {Area::HoldingRegisters, address, 1};
 }
-Span Words(std::int32_t address, std::int32_t count) {
+Span WordPlaces(std::int32_t address, std::int32_t count) {
   return {Area::HoldingRegisters, address, count};
 }
 Places WordsInARow(std::int32_t first, std::int32_t count) {
   Places places;
   for (std::int32_t k = 0; k < count; ++k)
-    places.push_back(Word(first + k));
+    places.push_back(WordPlace(first + k));
   return places;
 }
 
@@ -119,10 +119,10 @@ TEST(ReadPlan, AThousandRegistersInARowAreEightRequests) {
 }
 
 TEST(ReadPlan, NeighboursShareARequestUpToTheGap) {
-  EXPECT_EQ(BlocksOf({Word(10), Word(27)}), "4:10+18");
-  EXPECT_EQ(BlocksOf({Word(10), Word(28)}), "4:10+1 4:28+1");
-  EXPECT_EQ(BlocksOf({Word(10), Word(12)}, {}, 0), "4:10+1 4:12+1");
-  EXPECT_EQ(BlocksOf({Word(10), Word(11)}, {}, 0), "4:10+2");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(27)}), "4:10+18");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(28)}), "4:10+1 4:28+1");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(12)}, {}, 0), "4:10+1 4:12+1");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(11)}, {}, 0), "4:10+2");
 }
 
 TEST(ReadPlan, OfBitsTheGapIsSixteenTimesAsLargeAndTheLimitTwoThousand) {
@@ -144,21 +144,22 @@ TEST(ReadPlan, AreasNeverShareARequest) {
 }
 
 TEST(ReadPlan, APlaceIsNeverDivided) {
-  EXPECT_EQ(BlocksOf({Words(0, 123), Words(123, 2)}), "4:0+125");
-  EXPECT_EQ(BlocksOf({Words(0, 124), Words(124, 2)}), "4:0+124 4:124+2");
-  EXPECT_EQ(BlocksOf({Word(0), Words(3, 123)}), "4:0+1 4:3+123");
+  EXPECT_EQ(BlocksOf({WordPlaces(0, 123), WordPlaces(123, 2)}), "4:0+125");
+  EXPECT_EQ(BlocksOf({WordPlaces(0, 124), WordPlaces(124, 2)}), "4:0+124 4:124+2");
+  EXPECT_EQ(BlocksOf({WordPlace(0), WordPlaces(3, 123)}), "4:0+1 4:3+123");
 }
 
 TEST(ReadPlan, EqualAndOverlappingPlacesAreReadOnce) {
-  const Places places{Word(5), Words(5, 2), Word(5), Words(4, 3), Word(6)};
+  const Places places{WordPlace(5), WordPlaces(5, 2), WordPlace(5), WordPlaces(4, 3), WordPlace(6)};
   const auto blocks = PlanReads(places, 16, {});
   ASSERT_EQ(blocks.size(), 1U);
-  EXPECT_EQ(blocks[0].span, Words(4, 3));
+  EXPECT_EQ(blocks[0].span, WordPlaces(4, 3));
   EXPECT_EQ(blocks[0].items, (std::vector<std::size_t>{3, 0, 2, 1, 4}));
 }
 
 TEST(ReadPlan, APlaceThatOverlapsABlockWithoutFittingBeginsItsOwn) {
-  EXPECT_EQ(BlocksOf({Word(0), Words(16, 84), Words(90, 100), Word(95), Word(190)}), "4:0+100 4:90+101");
+  EXPECT_EQ(BlocksOf({WordPlace(0), WordPlaces(16, 84), WordPlaces(90, 100), WordPlace(95), WordPlace(190)}),
+            "4:0+100 4:90+101");
 }
 
 TEST(ReadPlan, TheOrderOfTheListMakesNoDifference) {
@@ -171,48 +172,50 @@ TEST(ReadPlan, TheOrderOfTheListMakesNoDifference) {
 TEST(ReadPlan, NoBlockReachesOverACut) {
   Obstacles obstacles;
   obstacles.PutCut(Area::HoldingRegisters, 20);
-  EXPECT_EQ(BlocksOf({Word(10), Word(20)}, obstacles), "4:10+1 4:20+1");
-  EXPECT_EQ(BlocksOf({Word(10), Word(21)}, obstacles), "4:10+1 4:21+1");
-  EXPECT_EQ(BlocksOf({Word(10), Word(19)}, obstacles), "4:10+10");
-  EXPECT_EQ(BlocksOf({Word(20), Word(30)}, obstacles), "4:20+11");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(20)}, obstacles), "4:10+1 4:20+1");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(21)}, obstacles), "4:10+1 4:21+1");
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlace(19)}, obstacles), "4:10+10");
+  EXPECT_EQ(BlocksOf({WordPlace(20), WordPlace(30)}, obstacles), "4:20+11");
   EXPECT_EQ(BlocksOf({{Area::InputRegisters, 10, 1}, {Area::InputRegisters, 20, 1}}, obstacles), "3:10+11");
-  EXPECT_EQ(BlocksOf({Word(10), Words(19, 2)}, obstacles), "4:10+1 4:19+2")
+  EXPECT_EQ(BlocksOf({WordPlace(10), WordPlaces(19, 2)}, obstacles), "4:10+1 4:19+2")
       << "an item that reaches over it itself is still read, but not with those before it";
 }
 
 TEST(ReadPlan, OverlappingPlacesAreKeptApartWhereTheSecondBeginsAtACut) {
   Obstacles obstacles;
   obstacles.PutCut(Area::HoldingRegisters, 20);
-  EXPECT_EQ(BlocksOf({Words(10, 20), Words(20, 20)}, obstacles), "4:10+20 4:20+20");
-  EXPECT_EQ(BlocksOf({Words(10, 20), Words(20, 5)}, obstacles), "4:10+20")
+  EXPECT_EQ(BlocksOf({WordPlaces(10, 20), WordPlaces(20, 20)}, obstacles), "4:10+20 4:20+20");
+  EXPECT_EQ(BlocksOf({WordPlaces(10, 20), WordPlaces(20, 5)}, obstacles), "4:10+20")
       << "it costs nothing where it lies inside";
 }
 
 TEST(ReadPlan, ALonelyPlaceHasARequestOfItsOwnAndIsNotBridged) {
   Obstacles obstacles;
-  obstacles.PutAlone(Word(15));
+  obstacles.PutAlone(WordPlace(15));
   EXPECT_EQ(BlocksOf(WordsInARow(10, 10), obstacles), "4:10+5 4:15+1 4:16+4");
-  EXPECT_EQ(BlocksOf({Word(14), Word(16)}, obstacles), "4:14+1 4:16+1") << "also when nobody asks for it";
-  EXPECT_EQ(BlocksOf({Word(15), Word(15)}, obstacles), "4:15+1") << "equal places share it";
-  EXPECT_EQ(BlocksOf({Word(13), Words(15, 2), Word(17)}, obstacles), "4:13+5")
+  EXPECT_EQ(BlocksOf({WordPlace(14), WordPlace(16)}, obstacles), "4:14+1 4:16+1")
+      << "also when nobody asks for it";
+  EXPECT_EQ(BlocksOf({WordPlace(15), WordPlace(15)}, obstacles), "4:15+1") << "equal places share it";
+  EXPECT_EQ(BlocksOf({WordPlace(13), WordPlaces(15, 2), WordPlace(17)}, obstacles), "4:13+5")
       << "an item that holds it may be readable still";
 }
 
 TEST(ReadPlan, WhatLiesInsideALonelyPlaceIsReadWithItsNeighbours) {
   Obstacles obstacles;
-  obstacles.PutAlone(Words(10, 2));
-  EXPECT_EQ(BlocksOf({Word(9), Word(10), Words(10, 2), Word(12), Word(13)}, obstacles), "4:9+2 4:10+2 4:12+2");
+  obstacles.PutAlone(WordPlaces(10, 2));
+  EXPECT_EQ(BlocksOf({WordPlace(9), WordPlace(10), WordPlaces(10, 2), WordPlace(12), WordPlace(13)}, obstacles),
+            "4:9+2 4:10+2 4:12+2");
 }
 
 TEST(ReadPlan, WhatIsForgottenIsNoObstacleAnyMore) {
   Obstacles obstacles;
   EXPECT_EQ(obstacles.Version(), 0U);
-  obstacles.PutAlone(Word(15));
-  obstacles.PutAlone(Word(15));
+  obstacles.PutAlone(WordPlace(15));
+  obstacles.PutAlone(WordPlace(15));
   EXPECT_EQ(obstacles.Version(), 1U) << "nothing new";
-  obstacles.Forget(Word(15));
+  obstacles.Forget(WordPlace(15));
   EXPECT_EQ(obstacles.Version(), 2U);
-  obstacles.Forget(Word(15));
+  obstacles.Forget(WordPlace(15));
   EXPECT_EQ(obstacles.Version(), 2U);
   EXPECT_EQ(BlocksOf(WordsInARow(10, 10), obstacles), "4:10+10");
   obstacles.PutCut(Area::HoldingRegisters, 12);
@@ -248,7 +251,7 @@ TEST(ReadPlan, LargeListsKeepTheRules) {
 TEST(ReadPlan, AHundredThousandItemsArePlanned) {
   Places places;
   for (std::int32_t k = 0; k < 100000; ++k)
-    places.push_back(k < 50000 ? Word(k) : Span{Area::InputRegisters, k - 50000, 1});
+    places.push_back(k < 50000 ? WordPlace(k) : Span{Area::InputRegisters, k - 50000, 1});
   EXPECT_EQ(PlanReads(places, 16, {}).size(), 800U);
 }
 

@@ -26,17 +26,17 @@ std::string RunsOf(const std::vector<PlannedWrite>& writes) {
   return text;
 }
 
-PlannedWrite Registers(std::int32_t start, std::int32_t count = 1) {
+PlannedWrite RegistersFrom(std::int32_t start, std::int32_t count = 1) {
   return {{Area::HoldingRegisters, start, count}, false};
 }
-PlannedWrite PartOf(std::int32_t address) {
+PlannedWrite WriteOfPart(std::int32_t address) {
   return {{Area::HoldingRegisters, address, 1}, true};
 }
-PlannedWrite Coil(std::int32_t address) {
+PlannedWrite WriteOfCoil(std::int32_t address) {
   return {{Area::Coils, address, 1}, false};
 }
 
-std::vector<PlannedWrite> InARow(PlannedWrite write, std::int32_t count) {
+std::vector<PlannedWrite> WritesInARow(PlannedWrite write, std::int32_t count) {
   std::vector<PlannedWrite> writes;
   for (; count > 0; --count) {
     writes.push_back(write);
@@ -49,35 +49,37 @@ std::vector<PlannedWrite> InARow(PlannedWrite write, std::int32_t count) {
 
 TEST(WritePlan, NeighboursInListAndDeviceShareARequest) {
   EXPECT_EQ(RunsOf({}), "");
-  EXPECT_EQ(RunsOf({Registers(10), Registers(11, 2), Registers(13)}), "4:10+4 of 3");
-  EXPECT_EQ(RunsOf({Coil(0), Coil(1)}), "0:0+2 of 2");
+  EXPECT_EQ(RunsOf({RegistersFrom(10), RegistersFrom(11, 2), RegistersFrom(13)}), "4:10+4 of 3");
+  EXPECT_EQ(RunsOf({WriteOfCoil(0), WriteOfCoil(1)}), "0:0+2 of 2");
 }
 
 TEST(WritePlan, AGapAnOverlapAStepBackAndAnotherAreaBeginARequest) {
-  EXPECT_EQ(RunsOf({Registers(10), Registers(12)}), "4:10+1 of 1, 4:12+1 of 1");
-  EXPECT_EQ(RunsOf({Registers(10, 2), Registers(11)}), "4:10+2 of 1, 4:11+1 of 1");
-  EXPECT_EQ(RunsOf({Registers(10), Registers(10)}), "4:10+1 of 1, 4:10+1 of 1");
-  EXPECT_EQ(RunsOf({Registers(11), Registers(10)}), "4:11+1 of 1, 4:10+1 of 1");
-  EXPECT_EQ(RunsOf({Coil(10), Registers(11)}), "0:10+1 of 1, 4:11+1 of 1");
+  EXPECT_EQ(RunsOf({RegistersFrom(10), RegistersFrom(12)}), "4:10+1 of 1, 4:12+1 of 1");
+  EXPECT_EQ(RunsOf({RegistersFrom(10, 2), RegistersFrom(11)}), "4:10+2 of 1, 4:11+1 of 1");
+  EXPECT_EQ(RunsOf({RegistersFrom(10), RegistersFrom(10)}), "4:10+1 of 1, 4:10+1 of 1");
+  EXPECT_EQ(RunsOf({RegistersFrom(11), RegistersFrom(10)}), "4:11+1 of 1, 4:10+1 of 1");
+  EXPECT_EQ(RunsOf({WriteOfCoil(10), RegistersFrom(11)}), "0:10+1 of 1, 4:11+1 of 1");
 }
 
 TEST(WritePlan, TheListIsNotSorted) {
-  EXPECT_EQ(RunsOf({Registers(20), Registers(21), Registers(10), Registers(11), Registers(22)}),
-            "4:20+2 of 2, 4:10+2 of 2, 4:22+1 of 1");
+  EXPECT_EQ(
+      RunsOf({RegistersFrom(20), RegistersFrom(21), RegistersFrom(10), RegistersFrom(11), RegistersFrom(22)}),
+      "4:20+2 of 2, 4:10+2 of 2, 4:22+1 of 1");
 }
 
 TEST(WritePlan, ARequestTakes123Registers) {
-  EXPECT_EQ(RunsOf(InARow(Registers(0), 124)), "4:0+123 of 123, 4:123+1 of 1");
-  EXPECT_EQ(RunsOf(InARow(Registers(0, 2), 62)), "4:0+122 of 61, 4:122+2 of 1");
-  EXPECT_EQ(RunsOf({Registers(0, 123), Registers(123, 123)}), "4:0+123 of 1, 4:123+123 of 1");
+  EXPECT_EQ(RunsOf(WritesInARow(RegistersFrom(0), 124)), "4:0+123 of 123, 4:123+1 of 1");
+  EXPECT_EQ(RunsOf(WritesInARow(RegistersFrom(0, 2), 62)), "4:0+122 of 61, 4:122+2 of 1");
+  EXPECT_EQ(RunsOf({RegistersFrom(0, 123), RegistersFrom(123, 123)}), "4:0+123 of 1, 4:123+123 of 1");
 }
 
 TEST(WritePlan, ARequestTakes1968Coils) {
-  EXPECT_EQ(RunsOf(InARow(Coil(0), 1969)), "0:0+1968 of 1968, 0:1968+1 of 1");
+  EXPECT_EQ(RunsOf(WritesInARow(WriteOfCoil(0), 1969)), "0:0+1968 of 1968, 0:1968+1 of 1");
 }
 
 TEST(WritePlan, APartOfARegisterHasARequestOfItsOwn) {
-  EXPECT_EQ(RunsOf({Registers(10), PartOf(11), Registers(12), Registers(13), PartOf(14), PartOf(15)}),
+  EXPECT_EQ(RunsOf({RegistersFrom(10), WriteOfPart(11), RegistersFrom(12), RegistersFrom(13), WriteOfPart(14),
+                    WriteOfPart(15)}),
             "4:10+1 of 1, 4:11+1 of 1, 4:12+2 of 2, 4:14+1 of 1, 4:15+1 of 1");
 }
 
