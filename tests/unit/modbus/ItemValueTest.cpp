@@ -213,13 +213,15 @@ TEST(ModbusItemValue, ANumberOfEveryKindIsTaken) {
 }
 
 TEST(ModbusItemValue, AValueOfEveryOtherKindIsRefused) {
+  SafeArray<Variant> variants(1);
+  variants.Edit()[0] = std::int32_t{7};
   const std::vector<Variant> others{"7",
                                     "",
                                     Date{7},
                                     ErrorCode{7},
                                     Variant(std::shared_ptr<AutomationObject>()),
                                     Variant(SafeArray<std::int32_t>({7}, 0)),
-                                    Variant(SafeArray<Variant>({Variant(std::int32_t{7})}, 0))};
+                                    variants};
   for (const Variant& other : others) {
     SCOPED_TRACE(static_cast<int>(other.Kind()));
     for (const ItemKind kind : {ItemKind::Bit, ItemKind::Byte, ItemKind::Word})
