@@ -220,7 +220,7 @@ TEST(ModbusItemValue, AValueOfEveryOtherKindIsRefused) {
                                     Date{7},
                                     ErrorCode{7},
                                     Variant(std::shared_ptr<AutomationObject>()),
-                                    Variant(SafeArray<std::int32_t>({7}, 0)),
+                                    SafeArray<std::int32_t>(1),
                                     variants};
   for (const Variant& other : others) {
     SCOPED_TRACE(static_cast<int>(other.Kind()));
