@@ -54,6 +54,16 @@ int PollUntil(int descriptor, short events, std::chrono::steady_clock::time_poin
   return ready;
 }
 
+// Three and a half characters; above 19200 baud always the same.
+std::chrono::microseconds SilenceOf(const Settings& settings) {
+  if (settings.transport == Transport::Tcp) return {};
+  const std::int32_t baud = settings.baud.value();
+  if (baud > 19200) return std::chrono::microseconds(1750);
+  const std::int32_t bits =
+      1 + settings.dataBits + (settings.parity == Parity::None ? 0 : 1) + settings.stopBits;
+  return std::chrono::microseconds(3'500'000 * bits / baud);
+}
+
 // On loopback a connection to a port at which nobody listens may meet itself.
 bool IsConnectedToItself(int descriptor) {
   sockaddr_storage own{};
@@ -86,6 +96,7 @@ LibmodbusLine::LibmodbusLine(const Settings& settings)
     : settings_(settings),
       timeout_(settings.timeout.value()),
       name_(DescribeTarget(settings)),
+      silence_(SilenceOf(settings)),
       context_(std::make_unique<Context>(settings)) {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(timeout_);
   const auto rest = std::chrono::duration_cast<std::chrono::microseconds>(timeout_ - seconds);
@@ -204,8 +215,9 @@ Answer LibmodbusLine::Fail(Answer::Kind kind, const std::string& what) {
 }
 
 Answer LibmodbusLine::Conclude(int result) {
-  if (result >= 0) return {};
   const int error = errno;
+  silentUntil_ = std::chrono::steady_clock::now() + silence_;
+  if (result >= 0) return {};
   if (error > MODBUS_ENOBASE && error < MODBUS_ENOBASE + MODBUS_EXCEPTION_MAX)
     return {Answer::Kind::Refused, static_cast<std::uint8_t>(error - MODBUS_ENOBASE),
             name_ + ": " + ReasonOf(error)};
@@ -302,21 +314,33 @@ bool LibmodbusLine::IsQuiet() {
     Disconnect();
     return false;
   }
-  pollfd waited{descriptor, POLLIN, 0};
-  if (poll(&waited, 1, 0) == 0) return true;
+  if (!IsSilenceBroken(descriptor)) return true;
   // A port that is ready without having a byte has lost its device.
+  pollfd waited{descriptor, POLLIN, 0};
   int bytes = 0;
-  if ((waited.revents & POLLIN) == 0 || (waited.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0 ||
-      ioctl(descriptor, FIONREAD, &bytes) != 0 || bytes == 0)
+  if (poll(&waited, 1, 0) != 1 || waited.revents != POLLIN || ioctl(descriptor, FIONREAD, &bytes) != 0 ||
+      bytes == 0)
     Disconnect();
   else
     modbus_flush(context_->modbus);
   return false;
 }
 
+bool LibmodbusLine::IsSilenceBroken(int descriptor) const {
+  pollfd waited{descriptor, POLLIN, 0};
+  int ready = 0;
+  do {
+    const auto left = std::max(silentUntil_ - std::chrono::steady_clock::now(), std::chrono::nanoseconds(0));
+    const timespec most{0, std::chrono::nanoseconds(left).count()};
+    ready = ppoll(&waited, 1, &most, nullptr);
+  } while (ready < 0 && errno == EINTR);
+  return ready != 0;
+}
+
 Answer LibmodbusLine::Ask(std::span<const std::uint8_t> pdu, Time deadline,
                           std::vector<std::uint8_t>& response) {
   if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (MayConfuseAnswers() && IsSilenceBroken(Descriptor())) modbus_flush(context_->modbus);
   std::vector<std::uint8_t> request{static_cast<std::uint8_t>(settings_.unit)};
   request.insert(request.end(), pdu.begin(), pdu.end());
   if (modbus_send_raw_request(context_->modbus, request.data(), static_cast<int>(request.size())) < 0)
@@ -368,7 +392,7 @@ Answer LibmodbusLine::ReceiveRtu(std::uint8_t function, Time deadline, std::vect
     const auto pdu = FindAnswer(received, static_cast<std::uint8_t>(settings_.unit), function);
     if (!pdu.empty()) {
       response.assign(pdu.begin(), pdu.end());
-      return {};
+      return Conclude(0);
     }
     // No answer is longer than this: the beginning is none.
     if (received.size() > 2 * LongestFrame)

@@ -2,7 +2,9 @@
 //
 // TCP: connects to the numeric address only, within the time-out. Whatever is not an answer to the latest
 // request ends the connection, so that no byte of it can reach a later one. RTU: the port is taken for this
-// process alone where the system knows that (TIOCEXCL); one time-out bounds a whole answer.
+// process alone where the system knows that (TIOCEXCL); one time-out bounds a whole answer. IsQuiet listens as
+// long as the silence lasts that parts two frames, so that a request after it is one of its own for every
+// device.
 //
 // libmodbus waits with select(), which takes descriptors below FD_SETSIZE (1024) only: a higher one is closed
 // again, and connecting fails with a reason that says so.
@@ -68,13 +70,17 @@ class LibmodbusLine final : public Line {
   Answer ReceiveRtu(std::uint8_t function, Time deadline, std::vector<std::uint8_t>& response);
   // The next bytes, at least one and at most `bytes.size()`; `count` tells how many.
   Answer Receive(std::span<std::uint8_t> bytes, Time deadline, std::size_t& count);
+  // RTU: whether bytes come before the silence behind the last frame is over.
+  bool IsSilenceBroken(int descriptor) const;
   Time Deadline() const { return std::chrono::steady_clock::now() + timeout_; }
 
   const Settings settings_;
   const std::chrono::milliseconds timeout_;
   const std::string name_;  // for reasons
+  const std::chrono::microseconds silence_;
   const std::unique_ptr<Context> context_;
 
+  Time silentUntil_{};
   std::atomic<bool> interrupted_{false};
   mutable std::mutex descriptorMutex_;  // held while the descriptor is closed, and while it is shut down
   int descriptor_ = -1;

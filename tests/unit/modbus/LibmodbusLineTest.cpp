@@ -352,6 +352,20 @@ TEST(LibmodbusLine, SpeaksRtuOnATerminal) {
   ASSERT_TRUE(line.Connect().IsDone());  // the port was given back
 }
 
+TEST(LibmodbusLine, OnRtuIsQuietAfterTheSilenceBetweenFrames) {
+  DeviceThread device(Transport::Rtu, [](int, const Octets&) {
+    return DeviceReply{WithCrc(FromHex("01 03 04 00 05 00 06")), false};
+  });
+  Settings settings = device.Connection(Long);
+  settings.baud = 1200;  // 11 bits: 32.08 ms
+  LibmodbusLine line(settings);
+  ASSERT_TRUE(line.Connect().IsDone());
+  EXPECT_EQ(ReadTwo(line), "done 5 6");
+  const auto answered = std::chrono::steady_clock::now();
+  EXPECT_TRUE(line.IsQuiet());
+  EXPECT_GE(std::chrono::steady_clock::now() - answered, std::chrono::milliseconds(25));
+}
+
 TEST(LibmodbusLine, OnRtuTellsAnAnswerFromWhatIsNoneAndKeepsThePort) {
   struct Row {
     Octets reply;
