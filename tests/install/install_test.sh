@@ -55,6 +55,9 @@ output=$(cmake -G Ninja -S driver -B driver/build -DCMAKE_BUILD_TYPE=Debug -DCMA
   cmake --build driver/build 2>&1) || fail "the driver: $output"
 expect "the client finds the installed driver" 'SimulatedPanel\.Channel\.so .*not used: the one that is built in' "$(orvo drivers)"
 expect "the client names the folder of installed drivers" "$lib/orvobusiness/drivers" "$(orvo drivers)"
+expect "the client finds the installed Modbus driver" 'Modbus\.Channel' "$(orvo drivers)"
+printf '[Drivers]\nDataCommunication=Modbus.Channel\n1=tcp://127.0.0.1\n' >modbus.ini
+expect "the planning tool is installed" 'The line keeps up' "$("$prefix/bin/orvo-modbus-plan" modbus.ini --items WO40001 2>&1)"
 export ORVO_DRIVER_PATH=$scratch/driver/build
 expect "the client finds the new driver" 'Sample\.Channel' "$(orvo drivers)"
 bash driver/check.sh >kit.log 2>&1 || fail "the driver test kit: $(cat kit.log)"
