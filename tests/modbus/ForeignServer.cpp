@@ -6,7 +6,6 @@
 #include <bit>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace orvo::modbus_test {
@@ -29,8 +28,9 @@ std::ostream& operator<<(std::ostream& out, Package package) {
 std::string MissingReason(Package package) {
   if (package == Package::Pymodbus) return {};  // a Debian package: installed with the others
   if (std::filesystem::exists(Modules + "/modbus-serial")) return {};
-  std::ifstream reason(Modules + "/../unavailable.txt");
-  const std::string text{std::istreambuf_iterator<char>(reason), {}};
+  std::ifstream reason(std::filesystem::path(Modules).parent_path() / "unavailable.txt");
+  std::string text;
+  std::getline(reason, text);
   return "the npm package modbus-serial could not be installed: " + (text.empty() ? "nobody knows why" : text);
 }
 

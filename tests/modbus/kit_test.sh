@@ -18,7 +18,9 @@ fail() {
 }
 
 if [ "$kind" = modbus-serial ] && [ ! -d "$modules/modbus-serial" ]; then
-  echo "skipped: the npm package modbus-serial could not be installed: $(cat "$modules/../unavailable.txt")"
+  # As GoogleTest says it.
+  echo "kit_test.sh: Skipped"
+  echo "the npm package modbus-serial could not be installed: $(cat "$(dirname "$modules")/unavailable.txt")"
   exit 77
 fi
 
