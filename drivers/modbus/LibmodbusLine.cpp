@@ -115,7 +115,9 @@ LibmodbusLine::~LibmodbusLine() {
 
 Answer LibmodbusLine::Connect() {
   Disconnect();
-  return settings_.transport == Transport::Tcp ? ConnectTcp() : ConnectRtu();
+  Answer answer = settings_.transport == Transport::Tcp ? ConnectTcp() : ConnectRtu();
+  if (answer.IsDone()) ++connections_;
+  return answer;
 }
 
 bool LibmodbusLine::Adopt(int descriptor) {
@@ -268,6 +270,16 @@ Answer LibmodbusLine::WriteRegisters(std::int32_t start, std::span<const std::ui
   if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
   return Conclude(
       modbus_write_registers(context_->modbus, start, static_cast<int>(registers.size()), registers.data()));
+}
+
+Answer LibmodbusLine::WriteCoil(std::int32_t address, bool on) {
+  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  return Conclude(modbus_write_bit(context_->modbus, address, on ? 1 : 0));
+}
+
+Answer LibmodbusLine::WriteRegister(std::int32_t address, std::uint16_t value) {
+  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  return Conclude(modbus_write_register(context_->modbus, address, value));
 }
 
 Answer LibmodbusLine::MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) {

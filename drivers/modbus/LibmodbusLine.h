@@ -35,11 +35,14 @@ class LibmodbusLine final : public Line {
   Answer Connect() override;
   void Disconnect() noexcept override;
   bool IsConnected() const noexcept override;
+  std::uint64_t Connections() const noexcept override { return connections_; }
 
   Answer ReadBits(Area area, std::int32_t start, std::span<std::uint8_t> bits) override;
   Answer ReadRegisters(Area area, std::int32_t start, std::span<std::uint16_t> registers) override;
   Answer WriteCoils(std::int32_t start, std::span<const std::uint8_t> bits) override;
   Answer WriteRegisters(std::int32_t start, std::span<const std::uint16_t> registers) override;
+  Answer WriteCoil(std::int32_t address, bool on) override;
+  Answer WriteRegister(std::int32_t address, std::uint16_t value) override;
   Answer MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) override;
   Answer Identify(Identification& identification) override;
 
@@ -80,6 +83,7 @@ class LibmodbusLine final : public Line {
   const std::chrono::microseconds silence_;
   const std::unique_ptr<Context> context_;
 
+  std::uint64_t connections_ = 0;
   Time silentUntil_{};
   std::atomic<bool> interrupted_{false};
   mutable std::mutex descriptorMutex_;  // held while the descriptor is closed, and while it is shut down

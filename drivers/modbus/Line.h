@@ -28,6 +28,8 @@ struct Answer {
   // Refused: its code, 1..255; 0 for one that the protocol does not define, when the transport cannot tell it.
   std::uint8_t exception = 0;
   std::string reason;  // for people; empty when done
+  // Broken: the request, or a part of it, may have reached the device before the connection ended.
+  bool mayHaveArrived = false;
 
   bool IsDone() const noexcept { return kind == Kind::Done; }
 };
@@ -52,6 +54,8 @@ class Line {
   virtual Answer Connect() = 0;
   virtual void Disconnect() noexcept = 0;
   virtual bool IsConnected() const noexcept = 0;
+  // Connections made so far: what was learned of the device holds for one of them.
+  virtual std::uint64_t Connections() const noexcept = 0;
 
   // Spans within the limits of one request (Area.h); `bits` are 0 or 1, one byte each. Unless Done, what was to
   // be filled holds anything. Broken when not connected.
@@ -59,6 +63,9 @@ class Line {
   virtual Answer ReadRegisters(Area area, std::int32_t start, std::span<std::uint16_t> registers) = 0;
   virtual Answer WriteCoils(std::int32_t start, std::span<const std::uint8_t> bits) = 0;
   virtual Answer WriteRegisters(std::int32_t start, std::span<const std::uint16_t> registers) = 0;
+  // One coil, one register, by the requests for one (functions 5 and 6; above: 15 and 16).
+  virtual Answer WriteCoil(std::int32_t address, bool on) = 0;
+  virtual Answer WriteRegister(std::int32_t address, std::uint16_t value) = 0;
   // The register becomes (register AND keep) OR set, in one step inside the device.
   virtual Answer MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) = 0;
   // Basic device identification. A device without it refuses.

@@ -213,6 +213,14 @@ Answer Link::WriteRegisters(std::int32_t start, std::span<const std::uint16_t> r
   return WriteBy([&] { return line_.WriteRegisters(start, registers); });
 }
 
+Answer Link::WriteCoil(std::int32_t address, bool on) {
+  return WriteBy([&] { return line_.WriteCoil(address, on); });
+}
+
+Answer Link::WriteRegister(std::int32_t address, std::uint16_t value) {
+  return WriteBy([&] { return line_.WriteRegister(address, value); });
+}
+
 Answer Link::MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) {
   return WriteBy([&] { return line_.MaskRegister(address, keep, set); });
 }

@@ -52,11 +52,14 @@ class Link final : public Line {
   Answer Connect() override;
   void Disconnect() noexcept override;
   bool IsConnected() const noexcept override { return line_.IsConnected(); }
+  std::uint64_t Connections() const noexcept override { return connections_; }
 
   Answer ReadBits(Area area, std::int32_t start, std::span<std::uint8_t> bits) override;
   Answer ReadRegisters(Area area, std::int32_t start, std::span<std::uint16_t> registers) override;
   Answer WriteCoils(std::int32_t start, std::span<const std::uint8_t> bits) override;
   Answer WriteRegisters(std::int32_t start, std::span<const std::uint16_t> registers) override;
+  Answer WriteCoil(std::int32_t address, bool on) override;
+  Answer WriteRegister(std::int32_t address, std::uint16_t value) override;
   Answer MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) override;
   Answer Identify(Identification& identification) override;
 
@@ -72,8 +75,6 @@ class Link final : public Line {
   void Work();
   // After a failure of the program's own inside one of the functions above, whatever it was: begins anew.
   void GiveUp(const std::string& reason) noexcept;
-  // Connections made so far: what was learned of the device holds for one of them.
-  std::uint64_t Connections() const noexcept { return connections_; }
 
  private:
   enum class Identity : std::uint8_t {

@@ -2,8 +2,8 @@
 // everything that it was asked.
 //
 // The log: "read 4:0+125" (area by its digit, first address, count), "write 4:10+2 = 0001 0002", "write 0:3+1 =
-// 1", "mask 4:5 keep FFFE set 0001". A register that nobody wrote holds RegisterAtFirst, a bit the lowest bit
-// of that.
+// 1", "one 4:10 = 0001" (the request for one), "mask 4:5 keep FFFE set 0001". A register that nobody wrote
+// holds RegisterAtFirst, a bit the lowest bit of that.
 #pragma once
 
 #include "modbus/Line.h"
@@ -30,6 +30,9 @@ class FakeDevice : public Line {
   std::uint8_t holeException = 2;
   std::int32_t mostRegisters = 125;  // of one request; else exception 3
   bool knowsMask = true;
+  bool knowsSeveral = true;  // the requests that write several coils or registers; also for one
+  bool knowsOne = true;      // those that write one
+  std::uint64_t connections = 1;
 
   static std::uint16_t RegisterAtFirst(Area area, std::int32_t address) noexcept {
     return static_cast<std::uint16_t>(address * 40503 + 7919 * (static_cast<int>(area) + 1));
@@ -47,6 +50,7 @@ class FakeDevice : public Line {
   Answer Connect() override { return {}; }
   void Disconnect() noexcept override {}
   bool IsConnected() const noexcept override { return true; }
+  std::uint64_t Connections() const noexcept override { return connections; }
   Answer ReadBits(Area area, std::int32_t start, std::span<std::uint8_t> bits) override {
     Answer answer = Asked("read " + Place(area, start, bits.size()), area, start, bits.size());
     for (std::size_t k = 0; k < bits.size(); ++k)
@@ -64,6 +68,7 @@ class FakeDevice : public Line {
     for (const std::uint8_t bit : bits)
       text += bit != 0 ? " 1" : " 0";
     Answer answer = Asked(text, Area::Coils, start, bits.size(), true);
+    if (answer.IsDone() && !knowsSeveral) answer = Refusal(1);
     for (std::size_t k = 0; answer.IsDone() && k < bits.size(); ++k)
       Put(Area::Coils, start + static_cast<std::int32_t>(k), bits[k]);
     return answer;
@@ -73,9 +78,16 @@ class FakeDevice : public Line {
     for (const std::uint16_t word : registers)
       text += " " + Hex(word);
     Answer answer = Asked(text, Area::HoldingRegisters, start, registers.size(), true);
+    if (answer.IsDone() && !knowsSeveral) answer = Refusal(1);
     for (std::size_t k = 0; answer.IsDone() && k < registers.size(); ++k)
       Put(Area::HoldingRegisters, start + static_cast<std::int32_t>(k), registers[k]);
     return answer;
+  }
+  Answer WriteCoil(std::int32_t address, bool on) override {
+    return WriteOne(Area::Coils, address, on ? 1 : 0, on ? "1" : "0");
+  }
+  Answer WriteRegister(std::int32_t address, std::uint16_t value) override {
+    return WriteOne(Area::HoldingRegisters, address, value, Hex(value));
   }
   Answer MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) override {
     const std::string text = "mask 4:" + std::to_string(address) + " keep " + Hex(keep) + " set " + Hex(set);
@@ -101,6 +113,14 @@ class FakeDevice : public Line {
   }
   static std::string Place(Area area, std::int32_t start, std::size_t count) {
     return std::string(1, DigitOf(area)) + ':' + std::to_string(start) + '+' + std::to_string(count);
+  }
+  Answer WriteOne(Area area, std::int32_t address, std::uint16_t value, const std::string& text) {
+    const std::string request =
+        "one " + std::string(1, DigitOf(area)) + ':' + std::to_string(address) + " = " + text;
+    Answer answer = Asked(request, area, address, 1, true);
+    if (answer.IsDone() && !knowsOne) answer = Refusal(1);
+    if (answer.IsDone()) Put(area, address, value);
+    return answer;
   }
   Answer Asked(const std::string& text, Area area, std::int32_t start, std::size_t count, bool writes = false) {
     const auto scripted = script.find(log.size());

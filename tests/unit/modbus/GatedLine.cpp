@@ -46,7 +46,10 @@ GatedLine::~GatedLine() {
 
 Answer GatedLine::Connect() {
   connected_ = gate_->reachable;
-  if (connected_) return {};
+  if (connected_) {
+    ++connections_;
+    return {};
+  }
   return {Answer::Kind::Broken, 0, "nobody there"};
 }
 
@@ -86,6 +89,14 @@ Answer GatedLine::WriteRegisters(std::int32_t start, std::span<const std::uint16
   for (std::size_t k = 0; k < registers.size(); ++k)
     gate_->registers[start + static_cast<std::int32_t>(k)] = registers[k];
   return answer;
+}
+
+Answer GatedLine::WriteCoil(std::int32_t /*address*/, bool /*on*/) {
+  return {Answer::Kind::Refused, 1, "no bits"};
+}
+
+Answer GatedLine::WriteRegister(std::int32_t address, std::uint16_t value) {
+  return WriteRegisters(address, std::span(&value, 1));
 }
 
 Answer GatedLine::MaskRegister(std::int32_t /*address*/, std::uint16_t /*keep*/, std::uint16_t /*set*/) {

@@ -53,10 +53,13 @@ class GatedLine final : public Line {
   Answer Connect() override;
   void Disconnect() noexcept override { connected_ = false; }
   bool IsConnected() const noexcept override { return connected_; }
+  std::uint64_t Connections() const noexcept override { return connections_; }
   Answer ReadBits(Area area, std::int32_t start, std::span<std::uint8_t> bits) override;
   Answer ReadRegisters(Area area, std::int32_t start, std::span<std::uint16_t> registers) override;
   Answer WriteCoils(std::int32_t start, std::span<const std::uint8_t> bits) override;
   Answer WriteRegisters(std::int32_t start, std::span<const std::uint16_t> registers) override;
+  Answer WriteCoil(std::int32_t address, bool on) override;
+  Answer WriteRegister(std::int32_t address, std::uint16_t value) override;
   Answer MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) override;
   Answer Identify(Identification& identification) override;
   bool MayConfuseAnswers() const noexcept override { return false; }
@@ -71,6 +74,7 @@ class GatedLine final : public Line {
 
   const std::shared_ptr<LineGate> gate_;
   bool connected_ = false;
+  std::uint64_t connections_ = 0;
 };
 
 }  // namespace orvo::modbus

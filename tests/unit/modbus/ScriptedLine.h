@@ -26,8 +26,8 @@ inline Answer BrokenAnswer() {
 
 class ScriptedLine final : public Line {
  public:
-  // What the next calls of this name answer: "connect", "read", "write", "mask", "identify", "resync". Without
-  // an entry Done.
+  // What the next calls of this name answer: "connect", "read", "write", "coil", "register", "mask",
+  // "identify", "resync". Without an entry Done.
   std::map<std::string, std::deque<Answer>> answers;
   // The calls so far, with blanks between them: "connect read close"; "unquiet" is an IsQuiet that is not.
   std::string log;
@@ -45,12 +45,14 @@ class ScriptedLine final : public Line {
     connected_ = false;
     Answer answer = Next("connect");
     connected_ = answer.IsDone();
+    if (connected_) ++connections_;
     return answer;
   }
   void Disconnect() noexcept override {
     if (std::exchange(connected_, false)) Note("close");
   }
   bool IsConnected() const noexcept override { return connected_; }
+  std::uint64_t Connections() const noexcept override { return connections_; }
   Answer ReadBits(Area /*area*/, std::int32_t /*start*/, std::span<std::uint8_t> /*bits*/) override {
     return Ask("read");
   }
@@ -63,6 +65,8 @@ class ScriptedLine final : public Line {
   Answer WriteRegisters(std::int32_t /*start*/, std::span<const std::uint16_t> /*registers*/) override {
     return Ask("write");
   }
+  Answer WriteCoil(std::int32_t /*address*/, bool /*on*/) override { return Ask("coil"); }
+  Answer WriteRegister(std::int32_t /*address*/, std::uint16_t /*value*/) override { return Ask("register"); }
   Answer MaskRegister(std::int32_t /*address*/, std::uint16_t /*keep*/, std::uint16_t /*set*/) override {
     return Ask("mask");
   }
@@ -100,6 +104,7 @@ class ScriptedLine final : public Line {
   }
 
   bool connected_ = false;
+  std::uint64_t connections_ = 0;
 };
 
 }  // namespace orvo::modbus
