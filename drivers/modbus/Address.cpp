@@ -1,5 +1,7 @@
 #include "modbus/Address.h"
 
+#include <utility>
+
 namespace orvo::modbus {
 
 namespace {
@@ -11,9 +13,14 @@ constexpr std::int32_t KindCount = 7;
 constexpr std::int32_t RegisterBits = 16;
 constexpr std::int32_t HighByte = 8;  // its lowest bit
 
+bool HoldsBytes(ItemKind kind) {
+  return kind == ItemKind::String || kind == ItemKind::Raw;
+}
+
 bool HasBit(ItemKind kind, Area area, std::int32_t bit) {
   if (HoldsBits(area)) return kind == ItemKind::Bit && bit == 0;
   if (kind == ItemKind::Bit) return true;
+  if (HoldsBytes(kind)) return bit <= 1;
   return bit == 0 || (kind == ItemKind::Byte && bit == HighByte);
 }
 
@@ -33,7 +40,7 @@ bool HasDimension(ItemKind kind, std::int32_t dimension) {
 }  // namespace
 
 double Address::Encode() const noexcept {
-  return address + bit * BitFactor + static_cast<std::int32_t>(area) * AreaFactor +
+  return address + (odd ? 1 : bit) * BitFactor + static_cast<std::int32_t>(area) * AreaFactor +
          (static_cast<std::int32_t>(kind) + 1) * KindFactor;
 }
 
@@ -42,10 +49,11 @@ std::optional<Address> Address::Decode(double compiledAddress) noexcept {
   const auto number = static_cast<std::int32_t>(compiledAddress);
   if (number != compiledAddress) return std::nullopt;
 
-  const Address decoded{static_cast<ItemKind>(number / KindFactor - 1),
-                        static_cast<Area>(number / AreaFactor % (KindFactor / AreaFactor)), number % BitFactor,
-                        number / BitFactor % RegisterBits};
+  Address decoded{static_cast<ItemKind>(number / KindFactor - 1),
+                  static_cast<Area>(number / AreaFactor % (KindFactor / AreaFactor)), number % BitFactor,
+                  number / BitFactor % RegisterBits, false};
   if (!HasBit(decoded.kind, decoded.area, decoded.bit)) return std::nullopt;
+  if (HoldsBytes(decoded.kind)) decoded.odd = std::exchange(decoded.bit, 0) != 0;
   return decoded;
 }
 

@@ -23,6 +23,8 @@ struct Address {
   std::int32_t address = 0;  // as the protocol counts, from 0: the coil or input, or the item's first register
   std::int32_t bit = 0;  // of a register: 0..15 for a Bit, 0 or 8 (the byte's lowest bit) for a Byte, else 0
 
+  bool odd = false;  // String, Raw: of its last register only the first byte is the item's
+
   // In areas of bits only the kind Bit, with bit 0.
   double Encode() const noexcept;
   // The address that encodes to `compiledAddress`; nothing when no address does.

@@ -63,7 +63,7 @@ class IdentifierFields {
       : row_(row), rest_(rest), complaint_(complaint) {}
 
   Identifier Parse(const RawBlocks& blocks) {
-    Identifier parsed{{row_.kind, Area::HoldingRegisters, 0, 0}, row_.wordLength, row_.itemType};
+    Identifier parsed{{row_.kind, Area::HoldingRegisters, 0, 0, false}, row_.wordLength, row_.itemType};
     switch (row_.kind) {
       case ItemKind::Bit:
         PutReference(parsed, TakeTo('.'));
@@ -75,7 +75,7 @@ class IdentifierFields {
         break;
       case ItemKind::String:
         PutRegister(parsed, TakeShortReference());
-        parsed.wordLength = WordsOfSize();
+        PutSize(parsed);
         break;
       case ItemKind::Raw:
         PutBlock(parsed, blocks);
@@ -138,7 +138,12 @@ class IdentifierFields {
     }
     parsed.address.area = block->second.area;
     parsed.address.address = block->second.address;
-    parsed.wordLength = WordsOfSize();
+    PutSize(parsed);
+  }
+  void PutSize(Identifier& parsed) const {
+    const std::int32_t size = complaint_.Number("the size", rest_, 3, 1, LongestSize);
+    parsed.wordLength = (size + 1) / 2;
+    parsed.address.odd = size % 2 != 0;
   }
 
   // The bit behind the '.'; 0 in areas of bits, which have none.
@@ -162,7 +167,6 @@ class IdentifierFields {
     return bit;
   }
   std::int32_t BitNumber() const { return complaint_.Number("the bit number", rest_.substr(1), 2, 0, 15); }
-  std::int32_t WordsOfSize() const { return (complaint_.Number("the size", rest_, 3, 1, LongestSize) + 1) / 2; }
 
   const CodeRow& row_;
   std::string_view rest_;

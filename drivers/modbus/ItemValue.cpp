@@ -119,7 +119,7 @@ RegisterImage ImageOfLong(std::uint32_t number, LongOrder order) {
   return {{pair[0], pair[1]}};
 }
 
-RegisterImage ImageOfBytes(PairOrder order, std::int32_t dimension, const Variant& value) {
+RegisterImage ImageOfBytes(const Address& item, PairOrder order, std::int32_t dimension, const Variant& value) {
   const auto count = static_cast<std::size_t>(dimension);
   RegisterImage image{std::vector<std::uint16_t>(count)};
   if (IsZeros(value)) return image;
@@ -132,6 +132,8 @@ RegisterImage ImageOfBytes(PairOrder order, std::int32_t dimension, const Varian
     const auto wide = static_cast<std::uint16_t>(bytes[i]);
     image.registers[i / 2] |= i % 2 == 0 ? static_cast<std::uint16_t>(wide << 8) : wide;
   }
+  // The system fills texts up with blanks: what lies behind the item holds none.
+  if (item.odd) image.registers.back() &= 0xFF00;
   for (std::uint16_t& word : image.registers)
     word = Ordered(word, order);
   return image;
@@ -162,6 +164,8 @@ Variant ValueOfRegisters(const Address& item, const ByteOrder& order,
     bytes[count++] = HighByteOf(word);
     bytes[count++] = LowByteOf(word);
   }
+  // What lies behind the item is not its value.
+  if (item.odd && count > 0) bytes[count - 1] = 0;
   return Variant::OfBytes(std::span(bytes).first(count));
 }
 
@@ -172,7 +176,7 @@ Variant ValueOfBit(bool bit) {
 RegisterImage ImageOfValue(const Address& item, const ByteOrder& order, std::int32_t dimension,
                            const Variant& value) {
   if (item.kind == ItemKind::String || item.kind == ItemKind::Raw)
-    return ImageOfBytes(OrderOfBytes(item, order), dimension, value);
+    return ImageOfBytes(item, OrderOfBytes(item, order), dimension, value);
 
   const Variant number = IsZeros(value) ? Variant(std::int32_t{0}) : value;
   switch (item.kind) {

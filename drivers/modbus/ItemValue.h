@@ -14,8 +14,8 @@ namespace orvo::modbus {
 
 // The value that a read delivers: a byte array of two bytes for each register of `registers` (those of the
 // item's place), of a number the least significant byte first, of a string or raw item as they travel but for
-// the order of text. A Bit or Byte delivers its whole register: the device object cuts it out.
-// Variant::Unshared() is not needed: the array has no other holder.
+// the order of text, with a zero for the byte behind an odd size. A Bit or Byte delivers its whole register:
+// the device object cuts it out. Variant::Unshared() is not needed: the array has no other holder.
 Variant ValueOfRegisters(const Address& item, const ByteOrder& order, std::span<const std::uint16_t> registers);
 // The same for a Bit of an area of bits: a word of 0 or 1.
 Variant ValueOfBit(bool bit);
@@ -33,7 +33,8 @@ struct RegisterImage {
 //   Word          a number -32768..65535
 //   DoubleWord    a number -2147483648..4294967295
 //   Single        any number within the single range, and a single that is infinite or no number (NaN) as it is
-//   String, Raw   a byte array of at most 2 * `dimension` bytes; zeros follow behind it
+//   String, Raw   a byte array of at most 2 * `dimension` bytes; zeros follow behind it, also behind an
+//                 odd size
 // A number is a scalar of a numeric or boolean kind (true is -1). All but Single round fractions to the nearest
 // integer, halves to even, and refuse NaN. The item has a place (Address::Place).
 RegisterImage ImageOfValue(const Address& item, const ByteOrder& order, std::int32_t dimension,

@@ -22,6 +22,7 @@ bool MayExist(ItemKind kind, Area area, std::int32_t bit) {
   if (area == Area::Coils || area == Area::DiscreteInputs) return kind == ItemKind::Bit && bit == 0;
   if (kind == ItemKind::Bit) return true;
   if (kind == ItemKind::Byte) return bit == 0 || bit == 8;
+  if (kind == ItemKind::String || kind == ItemKind::Raw) return bit == 0 || bit == 1;  // 1: of odd size
   return bit == 0;
 }
 
@@ -33,6 +34,8 @@ TEST(ModbusAddress, TheCompiledFormIsAsDocumented) {
             65535 + 8 * 65536 + 2 * 1048576 + 2 * 4194304);
   EXPECT_EQ((Address{ItemKind::Raw, Area::HoldingRegisters, 65535, 0}.Encode()),
             65535 + 3 * 1048576 + 7 * 4194304);
+  EXPECT_EQ((Address{ItemKind::String, Area::HoldingRegisters, 9, 0, true}.Encode()),
+            9 + 65536 + 3 * 1048576 + 6 * 4194304);
 }
 
 TEST(ModbusAddress, EveryAddressThatMayExistComesBackAndNoOtherDoes) {
@@ -41,7 +44,8 @@ TEST(ModbusAddress, EveryAddressThatMayExistComesBackAndNoOtherDoes) {
     for (const Area area : AllAreas)
       for (std::int32_t bit = 0; bit < 16; ++bit)
         for (const std::int32_t address : EdgeAddresses) {
-          const Address item{kind, area, address, bit};
+          const bool odd = bit == 1 && (kind == ItemKind::String || kind == ItemKind::Raw);
+          const Address item{kind, area, address, odd ? 0 : bit, odd};
           const auto decoded = Address::Decode(item.Encode());
           ASSERT_LT(item.Encode(), 33554432.0);
           ASSERT_EQ(decoded.has_value(), MayExist(kind, area, bit)) << item.Encode();
@@ -49,7 +53,7 @@ TEST(ModbusAddress, EveryAddressThatMayExistComesBackAndNoOtherDoes) {
           ++existing;
           ASSERT_EQ(*decoded, item) << item.Encode();
         }
-  EXPECT_EQ(existing, 12 * (2 + 2 * 16 + 2 * 2 + 2 * 5));
+  EXPECT_EQ(existing, 12 * (2 + 2 * 16 + 2 * 2 + 2 * 3 + 2 * 2 * 2));
 }
 
 TEST(ModbusAddress, FractionsAndExtremesDecodeToNothing) {

@@ -105,6 +105,28 @@ TEST(ModbusItemValue, TextsAndBytesAreWrittenUpToTheirLengthWithZerosBehind) {
   EXPECT_EQ(RefusalText(ItemAt(ItemKind::String), 1, three), "10:The item has room for 2 bytes, not for 3");
 }
 
+TEST(ModbusItemValue, TheByteBehindAnOddSizeIsReadAndWrittenAs0) {
+  const std::vector<std::uint16_t> registers{0x4142, 0x4344};
+  for (const ItemKind kind : {ItemKind::String, ItemKind::Raw}) {
+    Address item = ItemAt(kind);
+    item.odd = true;
+    EXPECT_EQ(ValueOfRegisters(item, {}, registers),
+              Variant::OfBytes(std::vector<std::uint8_t>{65, 66, 67, 0}));
+    const RegisterImage image =
+        ImageOfValue(item, {}, 2, Variant::OfBytes(std::vector<std::uint8_t>{97, 98, 99, 32}));
+    EXPECT_EQ(image.registers, (Registers{0x6162, 0x6300}));
+    EXPECT_EQ(image.mask, 0xFFFF);
+  }
+  Address exchanged = ItemAt(ItemKind::String);
+  exchanged.odd = true;
+  EXPECT_EQ(ValueOfRegisters(exchanged, TextExchanged, registers),
+            Variant::OfBytes(std::vector<std::uint8_t>{66, 65, 68, 0}));
+  EXPECT_EQ(
+      ImageOfValue(exchanged, TextExchanged, 2, Variant::OfBytes(std::vector<std::uint8_t>{97, 98, 99, 32}))
+          .registers,
+      (Registers{0x6261, 0x0063}));
+}
+
 TEST(ModbusItemValue, TheLongestTextComesBack) {
   std::vector<std::uint8_t> bytes(2 * static_cast<std::size_t>(LongestItem));
   for (std::size_t k = 0; k < bytes.size(); ++k)
