@@ -150,7 +150,7 @@ TEST_P(BlocksTest, TheLongestItemsAreReadAndWrittenInOnePiece) {
   FaultProxy proxy(server.Port());
   DriverScene scene(proxy.Connection() + "?timeout=5000&block01=40201");
   scene.Open();
-  EXPECT_EQ(scene.Read({"RA01246"}), Outcomes{RawOutcome(Area::HoldingRegisters, 200, 123)});
+  EXPECT_EQ(scene.Read({"RA01246"}), Outcomes{RawOutcome(Area::HoldingRegisters, 200, 246)});
   std::vector<std::uint8_t> bytes;
   for (int each = 0; each < 246; ++each)
     bytes.push_back(static_cast<std::uint8_t>(each * 7));

@@ -38,16 +38,17 @@ std::string LongOutcome(modbus::Area area, std::int32_t address, const Orders& o
   return Hex(FromTravelling(Travelling(area, address, 2), orders.longs));
 }
 
-std::string TextOutcome(modbus::Area area, std::int32_t address, std::int32_t registers, const Orders& orders) {
-  std::vector<std::uint8_t> bytes = Travelling(area, address, registers);
+std::string TextOutcome(modbus::Area area, std::int32_t address, std::int32_t size, const Orders& orders) {
+  std::vector<std::uint8_t> bytes = Travelling(area, address, (size + 1) / 2);
   if (orders.text == "ba")
     for (std::size_t at = 0; at < bytes.size(); at += 2)
       std::swap(bytes[at], bytes[at + 1]);
+  if (size % 2 != 0) bytes.back() = 0;
   return Hex(bytes);
 }
 
-std::string RawOutcome(modbus::Area area, std::int32_t address, std::int32_t registers) {
-  return Hex(Travelling(area, address, registers));
+std::string RawOutcome(modbus::Area area, std::int32_t address, std::int32_t size) {
+  return TextOutcome(area, address, size);
 }
 
 std::string BitOutcome(modbus::Area area, std::int32_t address) {

@@ -28,9 +28,9 @@ std::vector<std::uint8_t> ToTravelling(const std::vector<std::uint8_t>& value, c
 // Outcomes of reads.
 std::string WordOutcome(modbus::Area area, std::int32_t address, const Orders& orders = {});
 std::string LongOutcome(modbus::Area area, std::int32_t address, const Orders& orders = {});
-std::string TextOutcome(modbus::Area area, std::int32_t address, std::int32_t registers,
-                        const Orders& orders = {});
-std::string RawOutcome(modbus::Area area, std::int32_t address, std::int32_t registers);
+// Of so many characters or bytes; the byte behind an odd number is 0.
+std::string TextOutcome(modbus::Area area, std::int32_t address, std::int32_t size, const Orders& orders = {});
+std::string RawOutcome(modbus::Area area, std::int32_t address, std::int32_t size);
 std::string BitOutcome(modbus::Area area, std::int32_t address);
 
 }  // namespace orvo::modbus_test

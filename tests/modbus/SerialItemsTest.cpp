@@ -29,12 +29,12 @@ TEST(SerialItemsTest, EveryKindIsReadAndWrittenOnASerialLine) {
                           WordOutcome(holding, 65535),
                           LongOutcome(holding, 20, orders),
                           LongOutcome(holding, 29, orders),
-                          TextOutcome(holding, 39, 3),
-                          RawOutcome(holding, 299, 4),
+                          TextOutcome(holding, 39, 5),
+                          RawOutcome(holding, 299, 7),
                           WordOutcome(holding, 59),
                           "error 10",
                           WordOutcome(holding, 61),
-                          RawOutcome(holding, 299, 123)};
+                          RawOutcome(holding, 299, 246)};
   for (int round = 0; round < 3; ++round)
     EXPECT_EQ(scene.Read(items), expected);
   EXPECT_EQ(scene.Write({{"BI00003", Variant(std::int16_t{1})},

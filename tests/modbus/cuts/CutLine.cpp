@@ -106,7 +106,7 @@ CutLine::Wanted CutLine::RandomItems() {
       break;
     case 4:
       add("DW" + std::to_string(30001 + first), LongOutcome(Area::InputRegisters, first));
-      add("ST" + std::to_string(30011 + first) + "8", TextOutcome(Area::InputRegisters, first + 10, 4));
+      add("ST" + std::to_string(30011 + first) + "8", TextOutcome(Area::InputRegisters, first + 10, 8));
       add("FL" + std::to_string(40001 + 2 * Written + FirstWritten),
           LongOutcome(Area::HoldingRegisters, 2 * Written + FirstWritten));
       break;
