@@ -64,6 +64,7 @@ void DriverScene::AskRead(const std::vector<std::string>& items) {
   ForgetAnswers();
   const kit::RecordingSink::InsideCall inside(*sink_);
   driver_->ReadItems(addresses, dimensions);
+  ++requests_;
 }
 
 void DriverScene::AskWrite(const std::vector<std::pair<std::string, Variant>>& items) {
@@ -79,6 +80,7 @@ void DriverScene::AskWrite(const std::vector<std::pair<std::string, Variant>>& i
   ForgetAnswers();
   const kit::RecordingSink::InsideCall inside(*sink_);
   driver_->WriteItems(addresses, dimensions, values);
+  ++requests_;
 }
 
 Outcomes DriverScene::Await() {
@@ -89,6 +91,7 @@ Outcomes DriverScene::Await() {
 }
 
 void DriverScene::ForgetAnswers() {
+  if (sink_->answers.size() > 1) throw std::runtime_error("one more answer after that to a request");
   answersBefore_ = Answers();
   sink_->answers.clear();
 }

@@ -54,7 +54,8 @@ class DriverScene {
   // Pumps until it holds.
   void Until(const std::function<bool()>& condition, const std::string& what);
   void UntilStatus(std::int32_t status);
-  std::size_t Answers() const { return answersBefore_ + sink_->answers.size(); }  // to all requests so far
+  std::size_t Requests() const { return requests_; }                              // that the driver took so far
+  std::size_t Answers() const { return answersBefore_ + sink_->answers.size(); }  // to all of them
   PortablePlatform& Platform() { return platform_; }
 
  private:
@@ -72,6 +73,7 @@ class DriverScene {
   std::shared_ptr<kit::RecordingSink> sink_ = std::make_shared<kit::RecordingSink>();
   std::shared_ptr<CommunicationDriver> driver_;
   std::shared_ptr<DeviceObject> device_;
+  std::size_t requests_ = 0;
   std::size_t answersBefore_ = 0;  // to the latest request; what came since is in the sink
   std::int32_t timer_ = 0;
 };

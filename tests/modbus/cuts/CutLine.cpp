@@ -2,7 +2,9 @@
 
 #include "modbus/ExpectedOutcome.h"
 
+#include <fstream>
 #include <stdexcept>
+#include <string>
 
 namespace orvo::modbus_test {
 
@@ -20,6 +22,18 @@ const std::array<std::string, 12> OnRtu{"break",        "once swallow",    "once
 
 std::vector<std::string> ServerOptions(bool serial) {
   return serial ? std::vector<std::string>{"--rtu-over-tcp"} : std::vector<std::string>{};
+}
+
+// Kilobytes of the process that are in memory.
+long Resident() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;)
+    if (word == "VmRSS:") {
+      long kilobytes = 0;
+      status >> kilobytes;
+      return kilobytes;
+    }
+  return 0;
 }
 
 std::string Word(int value) {
@@ -171,8 +185,9 @@ void CutLine::Run(std::chrono::milliseconds time) {
   const std::int32_t timer =
       scene_.Platform().SetTimer(std::chrono::milliseconds(20), [this](std::int32_t) { DisturbWhenDue(); });
   scene_.Open();
-  const auto end = Clock::now() + time;
-  while (Clock::now() < end) {
+  const auto start = Clock::now();
+  while (Clock::now() < start + time) {
+    if (residentWarm_ == 0 && Clock::now() - start > time / 4) residentWarm_ = Resident();
     if (Random(0, 3) == 0)
       Write();
     else
@@ -187,9 +202,14 @@ void CutLine::Run(std::chrono::milliseconds time) {
     AddWord(everything, address);
   ++counts_.requests;
   Judge(everything, scene_.ReadWhenConnected(everything.items, {"error 3", "error 4"}));
+  counts_.growth = Resident() - residentWarm_;
   scene_.Close();
   scene_.Platform().PumpOnce();
-  if (scene_.Answers() < counts_.requests) throw std::runtime_error("fewer answers than requests");
+  if (scene_.Answers() != scene_.Requests())
+    throw std::runtime_error(std::to_string(scene_.Answers()) + " answers to " +
+                             std::to_string(scene_.Requests()) + " requests");
+  if (counts_.disturbances.empty() || counts_.values == 0)
+    throw std::runtime_error("nothing was tried: no disturbance, or no value");
 }
 
 }  // namespace orvo::modbus_test

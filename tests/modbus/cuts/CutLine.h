@@ -28,6 +28,7 @@ class CutLine {
     std::uint64_t values = 0;
     std::map<std::string, std::uint64_t> errors;
     std::map<std::string, std::uint64_t> disturbances;
+    long growth = 0;  // of the process's memory after the first quarter of the time, in kB
   };
 
   // `pause`: the mean time between two disturbances.
@@ -69,6 +70,7 @@ class CutLine {
   bool refusing_ = false;
   std::array<std::set<std::string>, Written>
       held_;  // what each register may hold: one, or more after a failed write
+  long residentWarm_ = 0;
   Counts counts_;
 };
 
