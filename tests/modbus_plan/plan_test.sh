@@ -117,7 +117,7 @@ value "the line" .keepsUp false
 sed -i 's/^Fast=.*/Fast=True#True#300#/' line.cfg
 plan "more than the server sends" 1 drivers.ini --config line.cfg
 check "each group keeps up" lacks "$out" "cannot be refreshed"
-has "together they do not" 'The line does not keep up.'
+has "together they do not" 'The line would keep up, the server does not: the groups together ask for 104.0 % of what it can send.'
 sed -i 's/^Fast=.*/Fast=True#True#400#/' line.cfg
 plan "a slower rate" 0 drivers.ini --config line.cfg
 has "keeps up" 'The line keeps up.'

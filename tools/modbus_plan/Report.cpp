@@ -102,7 +102,13 @@ void PrintText(const Report& report, std::ostream& out) {
     if (!group.KeepsUp())
       out << "Group " << group.name << " cannot be refreshed each " << group.updateRate << " ms: it takes "
           << Fixed(group.serverMilliseconds) << " ms.\n";
-  out << (report.KeepsUp() ? "The line keeps up.\n" : "The line does not keep up.\n");
+  if (report.KeepsUp())
+    out << "The line keeps up.\n";
+  else if (report.LineLoad() > 1)
+    out << "The line does not keep up.\n";
+  else
+    out << "The line would keep up, the server does not: the groups together ask for "
+        << Percent(report.ServerLoad()) << " of what it can send.\n";
 }
 
 void PrintJson(const Report& report, std::ostream& out) {
