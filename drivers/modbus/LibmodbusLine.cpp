@@ -75,6 +75,22 @@ bool IsConnectedToItself(int descriptor) {
          ownSize == otherSize && std::memcmp(&own, &other, ownSize) == 0;
 }
 
+// A device that lost its power says nothing: the system asks it while nothing else goes on. A device that does
+// not acknowledge what was sent is gone as well, but no sooner than its request has timed out.
+void KeepAlive(int descriptor, std::chrono::milliseconds timeout) {
+  constexpr int idle = 5;  // s
+  constexpr int interval = 2;
+  constexpr int count = 3;
+  constexpr std::chrono::milliseconds whole{1000 * (idle + interval * count)};
+  const auto most = static_cast<unsigned>(std::max(whole, timeout).count());
+  const int on = 1;
+  setsockopt(descriptor, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
+  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPIDLE, &idle, sizeof idle);
+  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, &interval, sizeof interval);
+  setsockopt(descriptor, IPPROTO_TCP, TCP_KEEPCNT, &count, sizeof count);
+  setsockopt(descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, &most, sizeof most);
+}
+
 }  // namespace
 
 struct LibmodbusLine::Context {
@@ -154,6 +170,7 @@ Answer LibmodbusLine::ConnectTcp() {
   if (IsConnectedToItself(descriptor)) return Fail(Answer::Kind::Broken, ReasonOf(ECONNREFUSED));
   const int on = 1;
   setsockopt(descriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  KeepAlive(descriptor, timeout_);
   return {};
 }
 
@@ -179,7 +196,7 @@ Answer LibmodbusLine::ConnectRtu() {
   }
   // Two masters on one line would take each other's answers. Not every device driver knows this.
   ioctl(descriptor, TIOCEXCL);
-  modbus_flush(context_->modbus);
+  DiscardInput();
   return {};
 }
 
@@ -210,10 +227,24 @@ void LibmodbusLine::Interrupt() noexcept {
   if (descriptor_ >= 0 && settings_.transport == Transport::Tcp) shutdown(descriptor_, SHUT_RDWR);
 }
 
-Answer LibmodbusLine::Fail(Answer::Kind kind, const std::string& what) {
+Answer LibmodbusLine::Fail(Answer::Kind kind, const std::string& what, bool mayHaveArrived) {
   if (interrupted_) kind = Answer::Kind::Broken;
   if (kind == Answer::Kind::Broken || !MayConfuseAnswers()) Disconnect();
-  return {kind, 0, name_ + ": " + (interrupted_ ? "the line is closed" : what)};
+  return {kind, 0, name_ + ": " + (interrupted_ ? "the line is closed" : what),
+          kind == Answer::Kind::Broken && mayHaveArrived};
+}
+
+Answer LibmodbusLine::Begin() {
+  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (!MayConfuseAnswers()) return {};
+  const Time deadline = Deadline();
+  while (!IsQuiet()) {
+    if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "the line has ended");
+    if (std::chrono::steady_clock::now() >= deadline)
+      return Fail(Answer::Kind::NoAnswer,
+                  "the line was not silent within " + std::to_string(timeout_.count()) + " ms");
+  }
+  return {};
 }
 
 Answer LibmodbusLine::Conclude(int result) {
@@ -225,27 +256,28 @@ Answer LibmodbusLine::Conclude(int result) {
             name_ + ": " + ReasonOf(error)};
   switch (error) {
     case ETIMEDOUT:
-      return Fail(Answer::Kind::NoAnswer, "no whole answer within " + std::to_string(timeout_.count()) + " ms");
+      return Fail(Answer::Kind::NoAnswer, "no whole answer within " + std::to_string(timeout_.count()) + " ms",
+                  true);
     case EMBBADEXC:
     case EMBUNKEXC:
-      // Under the right transaction number this is an exception with a code that libmodbus does not know.
-      // Without a number it may as well be another request's.
-      if (!MayConfuseAnswers())
-        return {Answer::Kind::Refused, 0, name_ + ": an exception that the protocol does not define"};
-      return Fail(Answer::Kind::Wrong, ReasonOf(error));
+      // Transaction, or unit and check sum, did fit: an exception with a code that libmodbus does not know.
+      return {Answer::Kind::Refused, 0, name_ + ": an exception that the protocol does not define"};
     case MODBUS_ENOBASE:
     case EMBBADDATA:
     case EMBBADCRC:
     case EMBBADSLAVE:
     case EMBMDATA:
-      return Fail(Answer::Kind::Wrong, "an answer that does not fit the request");
-    default:
+      return Fail(Answer::Kind::Wrong, "an answer that does not fit the request", true);
+    case EPIPE:
+      // Only sending ends so, before a byte of it has left.
       return Fail(Answer::Kind::Broken, ReasonOf(error));
+    default:
+      return Fail(Answer::Kind::Broken, ReasonOf(error), true);
   }
 }
 
 Answer LibmodbusLine::ReadBits(Area area, std::int32_t start, std::span<std::uint8_t> bits) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   const int count = static_cast<int>(bits.size());
   modbus_t* const modbus = context_->modbus;
   return Conclude(area == Area::Coils ? modbus_read_bits(modbus, start, count, bits.data())
@@ -253,7 +285,7 @@ Answer LibmodbusLine::ReadBits(Area area, std::int32_t start, std::span<std::uin
 }
 
 Answer LibmodbusLine::ReadRegisters(Area area, std::int32_t start, std::span<std::uint16_t> registers) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   const int count = static_cast<int>(registers.size());
   modbus_t* const modbus = context_->modbus;
   return Conclude(area == Area::HoldingRegisters
@@ -262,28 +294,28 @@ Answer LibmodbusLine::ReadRegisters(Area area, std::int32_t start, std::span<std
 }
 
 Answer LibmodbusLine::WriteCoils(std::int32_t start, std::span<const std::uint8_t> bits) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   return Conclude(modbus_write_bits(context_->modbus, start, static_cast<int>(bits.size()), bits.data()));
 }
 
 Answer LibmodbusLine::WriteRegisters(std::int32_t start, std::span<const std::uint16_t> registers) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   return Conclude(
       modbus_write_registers(context_->modbus, start, static_cast<int>(registers.size()), registers.data()));
 }
 
 Answer LibmodbusLine::WriteCoil(std::int32_t address, bool on) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   return Conclude(modbus_write_bit(context_->modbus, address, on ? 1 : 0));
 }
 
 Answer LibmodbusLine::WriteRegister(std::int32_t address, std::uint16_t value) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   return Conclude(modbus_write_register(context_->modbus, address, value));
 }
 
 Answer LibmodbusLine::MaskRegister(std::int32_t address, std::uint16_t keep, std::uint16_t set) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   return Conclude(modbus_mask_write_register(context_->modbus, address, keep, set));
 }
 
@@ -311,7 +343,6 @@ Answer LibmodbusLine::Identify(Identification& identification) {
 Answer LibmodbusLine::Resynchronise() {
   if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
   if (!MayConfuseAnswers()) return {};
-  modbus_flush(context_->modbus);
   std::vector<std::uint8_t> response;
   return Ask(std::array{ReportServerId}, Deadline(), response);
 }
@@ -334,8 +365,13 @@ bool LibmodbusLine::IsQuiet() {
       bytes == 0)
     Disconnect();
   else
-    modbus_flush(context_->modbus);
+    DiscardInput();
   return false;
+}
+
+void LibmodbusLine::DiscardInput() {
+  modbus_flush(context_->modbus);
+  silentUntil_ = std::chrono::steady_clock::now() + silence_;
 }
 
 bool LibmodbusLine::IsSilenceBroken(int descriptor) const {
@@ -351,8 +387,7 @@ bool LibmodbusLine::IsSilenceBroken(int descriptor) const {
 
 Answer LibmodbusLine::Ask(std::span<const std::uint8_t> pdu, Time deadline,
                           std::vector<std::uint8_t>& response) {
-  if (!IsConnected() || interrupted_) return Fail(Answer::Kind::Broken, "not connected");
-  if (MayConfuseAnswers() && IsSilenceBroken(Descriptor())) modbus_flush(context_->modbus);
+  if (Answer obstacle = Begin(); !obstacle.IsDone()) return obstacle;
   std::vector<std::uint8_t> request{static_cast<std::uint8_t>(settings_.unit)};
   request.insert(request.end(), pdu.begin(), pdu.end());
   if (modbus_send_raw_request(context_->modbus, request.data(), static_cast<int>(request.size())) < 0)

@@ -1,10 +1,14 @@
 // The line over libmodbus: TCP, or RTU on a serial port.
 //
-// TCP: connects to the numeric address only, within the time-out. Whatever is not an answer to the latest
-// request ends the connection, so that no byte of it can reach a later one. RTU: the port is taken for this
-// process alone where the system knows that (TIOCEXCL); one time-out bounds a whole answer. IsQuiet listens as
-// long as the silence lasts that parts two frames, so that a request after it is one of its own for every
-// device.
+// TCP: connects to the numeric address only, within the time-out. An answer under another transaction number,
+// of another function or with another count than the latest request ends the connection, so that no byte of it
+// can reach a later one. The system asks an idle device whether it is still there (keep-alive), and gives the
+// connection up after some 11 s without an answer, or after the time-out if that is longer.
+//
+// RTU: the port is taken for this process alone where the system knows that (TIOCEXCL); one time-out bounds a
+// whole answer. Each request waits until the line was silent as long as it takes to part two frames, so that it
+// is one of its own for every device; what comes meanwhile is discarded, and the silence begins anew. A line
+// that is not silent within a time-out gets no request: NoAnswer. IsQuiet listens as long, too.
 //
 // libmodbus waits with select(), which takes descriptors below FD_SETSIZE (1024) only: a higher one is closed
 // again, and connecting fails with a reason that says so.
@@ -65,7 +69,9 @@ class LibmodbusLine final : public Line {
   // The end of one of libmodbus's functions: `result` is below 0 for a failure, errno tells which.
   Answer Conclude(int result);
   // A failure that ends the connection where it has to.
-  Answer Fail(Answer::Kind kind, const std::string& what);
+  Answer Fail(Answer::Kind kind, const std::string& what, bool mayHaveArrived = false);
+  // Makes ready for a request; Done: it can go out.
+  Answer Begin();
 
   // Sends the PDU and waits for the PDU of the answer to its function, until `deadline`.
   Answer Ask(std::span<const std::uint8_t> pdu, Time deadline, std::vector<std::uint8_t>& response);
@@ -75,6 +81,8 @@ class LibmodbusLine final : public Line {
   Answer Receive(std::span<std::uint8_t> bytes, Time deadline, std::size_t& count);
   // RTU: whether bytes come before the silence behind the last frame is over.
   bool IsSilenceBroken(int descriptor) const;
+  // RTU: discards what came; the silence begins anew.
+  void DiscardInput();
   Time Deadline() const { return std::chrono::steady_clock::now() + timeout_; }
 
   const Settings settings_;

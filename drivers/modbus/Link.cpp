@@ -22,8 +22,13 @@ std::string InSeconds(std::chrono::milliseconds time) {
 
 }  // namespace
 
-Link::Link(Line& line, Duration timeout, Clock clock, LinkState& state)
-    : line_(line), timeout_(timeout), clock_(std::move(clock)), state_(state), reason_("not connected yet") {
+Link::Link(Line& line, const Terms& terms, Clock clock, LinkState& state)
+    : line_(line),
+      hold_(terms.hold.value_or(std::max(ShortestHold, HoldTimeouts * terms.timeout))),
+      clock_(std::move(clock)),
+      state_(state),
+      reason_("not connected yet"),
+      identity_(terms.identify ? Identity::Unasked : Identity::Settled) {
   published_ = state.Get();
   facts_.unanswered = published_.unanswered;
   Publish();
@@ -33,6 +38,7 @@ Answer Link::Connect() {
   Answer answer = line_.Connect();
   if (answer.IsDone()) {
     ++connections_;
+    connectedAt_ = clock_();
     connectionAnswered_ = false;
     outOfStep_ = line_.MayConfuseAnswers();
     // Another device may be there now. One that never answers this is not asked again.
@@ -42,7 +48,9 @@ Answer Link::Connect() {
     }
   } else {
     reason_ = answer.reason;
-    Pause();
+    facts_.answered = true;
+    Pause(clock_());
+    nextForRequest_ = nextInBackground_;
     DoubtNoMore();
   }
   Publish();
@@ -55,28 +63,33 @@ void Link::Disconnect() noexcept {
   state_.PutDisconnected();
 }
 
-void Link::Pause() noexcept {
+void Link::Pause(Time since) noexcept {
   pause_ = std::clamp(2 * pause_, FirstPause, LongestPause);
-  nextAttempt_ = clock_() + pause_;
+  nextInBackground_ = since + pause_;
 }
 
 void Link::Lose(const std::string& reason) noexcept {
   line_.Disconnect();
   reason_ = reason;
-  if (connectionAnswered_)
-    nextAttempt_ = clock_();
-  else
-    Pause();
+  Pause(connectedAt_);
+  nextForRequest_ = connectionAnswered_ ? clock_() : nextInBackground_;
 }
 
 void Link::GiveUp(const std::string& reason) noexcept {
   Disconnect();
-  reason_ = reason;
-  Pause();
+  Pause(clock_());
+  nextForRequest_ = nextInBackground_;
+  try {
+    reason_ = reason;
+    Publish();
+  } catch (...) {
+    reason_.clear();  // no memory for it: that there is no connection is told all the same
+  }
 }
 
 void Link::Publish() {
   facts_.connected = line_.IsConnected();
+  facts_.reason = facts_.connected ? std::string() : reason_;
   if (facts_ == published_) return;
   published_ = facts_;
   state_.Put(facts_);
@@ -84,12 +97,11 @@ void Link::Publish() {
 
 void Link::Answered() {
   connectionAnswered_ = true;
-  pause_ = Duration{0};
   facts_.answered = true;
 }
 
 void Link::Unanswered(const Answer& answer) {
-  facts_.answered = false;
+  facts_.answered = answer.kind == Answer::Kind::Broken;
   if (answer.kind == Answer::Kind::Broken || !line_.MayConfuseAnswers()) {
     Lose(answer.reason);
   } else {
@@ -100,8 +112,12 @@ void Link::Unanswered(const Answer& answer) {
 void Link::Conclude(const Answer& answer) {
   if (answer.IsDone() || answer.kind == Answer::Kind::Refused) {
     Answered();
+    pause_ = Duration{0};
     facts_.exception = answer.exception;
-    if (answer.kind == Answer::Kind::Refused && answer.exception == 0) facts_.exception = -1;
+    if (answer.kind == Answer::Kind::Refused && answer.exception == 0) {
+      facts_.exception = -1;
+      outOfStep_ = line_.MayConfuseAnswers();
+    }
     if (identity_ == Identity::InDoubt) {
       identity_ = Identity::Settled;
       identityAnswered_ = false;
@@ -124,9 +140,10 @@ void Link::DoubtNoMore() {
 Answer Link::Ready() {
   if (line_.IsConnected()) IsQuiet();
   if (!line_.IsConnected()) {
+    if (!mayReconnect_) return {Answer::Kind::Broken, 0, reason_};
     const Time now = clock_();
-    if (now < nextAttempt_) {
-      const auto left = std::chrono::ceil<Duration>(nextAttempt_ - now);
+    if (now < nextForRequest_) {
+      const auto left = std::chrono::ceil<Duration>(nextForRequest_ - now);
       return {Answer::Kind::Broken, 0, reason_ + "; the next attempt to connect is in " + InSeconds(left)};
     }
     Answer answer = Connect();
@@ -136,8 +153,7 @@ Answer Link::Ready() {
 }
 
 Answer Link::FallIntoStep() {
-  const Duration hold = std::max(ShortestHold, HoldTimeouts * timeout_);
-  if (facts_.unanswered && clock_() - *facts_.unanswered >= hold) {
+  if (facts_.unanswered && clock_() - *facts_.unanswered >= hold_) {
     outOfStep_ = false;
     facts_.unanswered.reset();
     return {};
@@ -168,10 +184,12 @@ Answer Link::Resynchronise() {
 bool Link::IsQuiet() {
   if (!line_.IsConnected()) return false;
   if (line_.IsQuiet()) return true;
-  if (line_.IsConnected())
+  if (line_.IsConnected()) {
     outOfStep_ = line_.MayConfuseAnswers();
-  else
+  } else {
+    facts_.answered = true;
     Lose("the device ended the connection");
+  }
   Publish();
   return false;
 }
@@ -253,13 +271,13 @@ void Link::AskIdentity() {
   } else {
     identity_ = Identity::InDoubt;
     // A device that keeps silent has not ended anything: it is there, for all that is known.
-    if (answer.kind == Answer::Kind::NoAnswer) nextAttempt_ = clock_();
+    if (answer.kind == Answer::Kind::NoAnswer) nextForRequest_ = clock_();
   }
   Publish();
 }
 
 std::optional<Link::Time> Link::NextWork() const {
-  if (!line_.IsConnected()) return nextAttempt_;
+  if (!line_.IsConnected()) return nextInBackground_;
   if (identity_ == Identity::Unasked) return identityFrom_;
   return std::nullopt;
 }

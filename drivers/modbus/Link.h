@@ -1,9 +1,12 @@
 // A line that heals by itself: connects when it is needed and in the background, waits longer and longer
 // between attempts in vain, keeps requests and answers in step, and knows what its state is.
 //
-// Connecting. An attempt in vain, and a connection that ends without one answer, is followed by a pause:
-// 100 ms, then twice as long each time, up to 5 s; an answer (also an exception) takes it back. During the
-// pause requests are Broken at once, with a reason that tells when it is over.
+// Connecting. An attempt in vain, and the end of a connection, is followed by a pause: 100 ms, then twice as
+// long each time, up to 5 s. Only a read or write that the device answered (also with an exception) takes it
+// back: a device that ends each connection that nobody uses is not besieged. The pause after a connection
+// counts from when it was made. In the background nothing connects before it is over. A request connects at
+// once when the device had answered anything on the connection that ended; else it is Broken at once while the
+// pause lasts, with a reason that tells when it is over.
 //
 // Requests. A read that finds its connection ended is asked once more on a new one. A write never is: before it
 // the connection is looked at, so that it finds a new one when the old one ended while nothing went on.
@@ -11,13 +14,17 @@
 // Staying in step. TCP: a request without a proper answer ends the connection. RTU: after connecting and after
 // a request without a proper answer nothing is read or written before Line::Resynchronise went through. A
 // device that never answers that one counts as in step when no answer is outstanding, or when the last one is
-// so for 5 s and for 10 time-outs; until then requests end with NoAnswer.
+// so for Terms::hold; until then requests end with NoAnswer. The same comes behind an exception with a code
+// that the protocol does not define: it may be the answer to something else.
 //
-// Identification is asked for after connecting, in the background. A device that does not answer it, but other
-// requests, is not asked again.
+// Identification is asked for after connecting, in the background, unless Terms::identify says never. A device
+// that does not answer it, but other requests, is not asked again.
+//
+// LinkFacts::answered begins anew, as true, with the connection after one that broke or could not be made. A
+// connection that replaces one over which nothing (or rubbish) came has still to show that there is an answer.
 //
 // One thread, but for Interrupt. Every function takes at most: a read two time-outs and two of connecting, a
-// write one and one.
+// write one and one; on RTU one more for each Resynchronise, and for a line that does not fall silent.
 #pragma once
 
 #include "modbus/Line.h"
@@ -44,9 +51,15 @@ class Link final : public Line {
   static constexpr Duration ShortestHold{5000};
   static constexpr int HoldTimeouts = 10;
 
+  struct Terms {
+    Duration timeout;
+    bool identify = true;
+    std::optional<Duration> hold = std::nullopt;  // nothing: ShortestHold, or HoldTimeouts when that is longer
+  };
+
   // Line and state are not owned, and outlive the link. What `state` tells of an outstanding answer holds for
   // this link too: it is that of the one before on the same line.
-  Link(Line& line, Duration timeout, Clock clock, LinkState& state);
+  Link(Line& line, const Terms& terms, Clock clock, LinkState& state);
 
   // At once, whatever pause there is.
   Answer Connect() override;
@@ -68,6 +81,7 @@ class Link final : public Line {
   bool IsQuiet() override;
   int Descriptor() const noexcept override { return line_.Descriptor(); }
   void Interrupt() noexcept override { line_.Interrupt(); }
+  void PutReconnecting(bool may) noexcept override { mayReconnect_ = may; }
 
   // When there is something to do in the background; nothing: not before the descriptor is readable.
   std::optional<Time> NextWork() const;
@@ -99,23 +113,28 @@ class Link final : public Line {
   void DoubtNoMore();
   // The connection ended, or ends here.
   void Lose(const std::string& reason) noexcept;
-  void Pause() noexcept;
+  // What `since` is the beginning of; nothing connects in the background before it is over.
+  void Pause(Time since) noexcept;
   void Publish();
 
   Line& line_;
-  const Duration timeout_;
+  const Duration hold_;
   const Clock clock_;
   LinkState& state_;
 
   LinkFacts facts_;
   LinkFacts published_;
   std::uint64_t connections_ = 0;
+  Time connectedAt_{};
   bool connectionAnswered_ = false;
-  std::string reason_;      // why there is no connection
-  Duration pause_{0};       // the last one
-  Time nextAttempt_{};      // when not connected
+  std::string reason_;  // why there is no connection
+  Duration pause_{0};   // the last one
+  // When not connected: not before, for a request and in the background.
+  Time nextForRequest_{};
+  Time nextInBackground_{};
   bool outOfStep_ = false;  // RTU
-  Identity identity_ = Identity::Unasked;
+  bool mayReconnect_ = true;
+  Identity identity_;
   bool identityAnswered_ = false;  // Settled: by an answer
   Time identityFrom_{};            // Unasked: not before
 };

@@ -7,12 +7,14 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace orvo::modbus {
 
 struct LinkFacts {
   bool connected = false;
+  std::string reason;    // why not, while not connected; for people
   bool answered = true;  // the last request was answered properly, or there was none
   std::int32_t exception =
       0;  // of the last answer to a read or write; -1: one that the protocol does not define

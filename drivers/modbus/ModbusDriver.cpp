@@ -6,6 +6,7 @@
 #include "modbus/LibmodbusLine.h"
 #include "modbus/ModbusDevice.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <utility>
@@ -53,6 +54,13 @@ float FirstNumber(std::string_view text) {
   float value = 0;
   std::from_chars(number.data(), number.data() + number.size(), value, std::chars_format::fixed);
   return value;
+}
+
+// "a small panel": no connection, and no attempt at one.
+bool IsOnlyWords(std::string_view text) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  return text.find(' ') != std::string_view::npos &&
+         std::all_of(text.begin(), text.end(), [&](char c) { return c == ' ' || isLetter(c); });
 }
 
 bool Excludes(std::int32_t networkType, Transport transport) {
@@ -172,10 +180,11 @@ Settings ModbusDriver::WholeSettings() const {
 void ModbusDriver::OpenCommunication(bool Open) {
   if (!Open) throw AutomationError(BadValue, "OpenCommunication takes true only");
   if (worker_) return;
+  EndChoosing();
   const Settings settings = WholeSettings();
   ending_.reset();
   worker_ = std::make_unique<Worker>(
-      factory_(settings), *settings.timeout,
+      factory_(settings), Link::Terms{*settings.timeout, settings.identify, settings.hold},
       ExchangeOptions{{*settings.longs, settings.words, settings.text}, settings.gap, settings.bits}, *state_);
   worker_->AwaitFirstAttempt();
 }
@@ -206,7 +215,9 @@ float ModbusDriver::FirmwareVersion() {
 }
 
 std::string ModbusDriver::BoardDescription() {
-  const Identification identification = state_->Get().identification;
+  const LinkFacts facts = state_->Get();
+  if (worker_ && !facts.connected) return "no connection: " + facts.reason;
+  const Identification& identification = facts.identification;
   if (identification.vendor.empty() || identification.product.empty())
     return identification.vendor + identification.product;
   return identification.vendor + ' ' + identification.product;
@@ -231,7 +242,20 @@ void ModbusDriver::DownloadProject(const std::string& /*FileName*/, std::int32_t
   throw AutomationError(NeverReached, "A Modbus device takes no downloads");
 }
 
+bool ModbusDriver::StatesPort() const {
+  return settings_ && (settings_->transport == Transport::Tcp || !settings_->device.empty());
+}
+
+// What the connection states stands above what was put meanwhile.
+void ModbusDriver::EndChoosing() {
+  if (!StatesPort()) comPortNumber_ = choice_.comPortNumber.value_or(comPortNumber_);
+  if (!settings_ || !settings_->baud) baudRate_ = choice_.baudRate.value_or(baudRate_);
+  choosing_ = false;
+  choice_ = {};
+}
+
 std::int32_t ModbusDriver::BaudRate() {
+  if (choice_.baudRate) return *choice_.baudRate;
   return settings_ ? settings_->baud.value_or(baudRate_) : baudRate_;
 }
 
@@ -240,6 +264,10 @@ void ModbusDriver::PutBaudRate(std::int32_t NewValue) {
   if (!IsBaudRate(NewValue))
     throw AutomationError(
         BadValue, "There is no baud rate " + std::to_string(NewValue) + ": customary are 300 to 115200");
+  if (choosing_) {
+    choice_.baudRate = NewValue;
+    return;
+  }
   if (settings_) RequireAsStated("The baud rate", settings_->baud, NewValue);
   baudRate_ = NewValue;
 }
@@ -247,6 +275,7 @@ void ModbusDriver::PutBaudRate(std::int32_t NewValue) {
 void ModbusDriver::Reserved18() {}
 
 bool ModbusDriver::SetConfigurationMode() {
+  if (!worker_) choosing_ = true;
   return true;
 }
 
@@ -289,14 +318,17 @@ void ModbusDriver::PutComPortNumber(std::int32_t NewValue) {
   RequireClosed("The port does not change");
   if (NewValue < 0 || NewValue > LastComPort)
     throw AutomationError(BadValue, "Port " + std::to_string(NewValue) + " is not within 0..255");
-  if (settings_ && (settings_->transport == Transport::Tcp || !settings_->device.empty()))
-    RequireAsStated("The port", std::optional<std::int32_t>(0), NewValue);
+  if (choosing_) {
+    choice_.comPortNumber = NewValue;
+    return;
+  }
+  if (StatesPort()) RequireAsStated("The port", std::optional<std::int32_t>(0), NewValue);
   comPortNumber_ = NewValue;
 }
 
 std::int32_t ModbusDriver::ComPortNumber() {
-  const bool stated = settings_ && (settings_->transport == Transport::Tcp || !settings_->device.empty());
-  return stated ? 0 : comPortNumber_;
+  if (choice_.comPortNumber) return *choice_.comPortNumber;
+  return StatesPort() ? 0 : comPortNumber_;
 }
 
 void ModbusDriver::Reserved29() {}
@@ -355,7 +387,7 @@ bool ModbusDriver::ProjectDownloadNeeded() {
 
 std::shared_ptr<DeviceObject> ModbusDriver::CreateDevice(const std::string& DeviceKind) {
   RequireClosed("The device does not change");
-  if (DeviceKind.find(':') == std::string::npos) return nullptr;
+  if (DeviceKind.empty() || IsOnlyWords(DeviceKind)) return nullptr;
   Settings settings = Settings::Parse(DeviceKind);
   if (Excludes(networkType_, settings.transport))
     throw AutomationError(BadValue, "The network type " + std::to_string(networkType_) + " takes " +
@@ -368,6 +400,10 @@ std::shared_ptr<DeviceObject> ModbusDriver::CreateDevice(const std::string& Devi
   ending_.reset();  // its thread knows the state
   auto state = std::make_unique<LinkState>();
   state->Put(facts);
+  comPortNumber_ = choice_.comPortNumber.value_or(comPortNumber_);
+  baudRate_ = choice_.baudRate.value_or(baudRate_);
+  choosing_ = false;
+  choice_ = {};
   connection_ = DeviceKind;
   settings_ = std::move(settings);
   state_ = std::move(state);

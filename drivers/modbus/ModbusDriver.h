@@ -74,7 +74,8 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   std::string BootDate() override;  // empty
   // The first decimal number in the revision with which the device identifies itself; 0 without one.
   float FirmwareVersion() override;
-  // Vendor and product with which the device identifies itself; empty without.
+  // Vendor and product with which the device identifies itself; empty without. While communication is open and
+  // there is no connection: "no connection: " and the reason.
   std::string BoardDescription() override;
   // The code of the exception with which the device answered the last request; 0 when it was none, -1 when it
   // is none that the protocol defines.
@@ -84,11 +85,16 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   void DownloadFirmware(const std::string& FileName, std::int32_t Flag) override;
   void DownloadProject(const std::string& FileName, std::int32_t Flag) override;
   // The rate of a serial line; at first 9600. A put is refused with 2 while communication is open, with 10
-  // unless it is one of the customary rates from 300 to 115200, and when the connection states another one.
+  // unless it is one of the customary rates from 300 to 115200, and when the connection states another one (but
+  // see SetConfigurationMode).
   std::int32_t BaudRate() override;
   void PutBaudRate(std::int32_t NewValue) override;
   void Reserved18() override;
-  bool SetConfigurationMode() override;  // true: there is nothing to switch
+  // True. A connection is about to be chosen, unless communication is open: until CreateDevice succeeds or
+  // OpenCommunication is called, ComPortNumber and BaudRate take every value of their range, whatever the
+  // present connection states, and read so. CreateDevice takes them over where its text states nothing;
+  // OpenCommunication, where the connection that was there before states nothing.
+  bool SetConfigurationMode() override;
   // Nothing is held on the device. Error 10 for a Define other than -1 and 0.
   void SetGroupDefinition(std::int32_t GroupId, std::int32_t Define) override;
   // The highest number that the system's 16 bits hold: no device limits it.
@@ -102,7 +108,7 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   std::string Description() override;
   // n: the serial port /dev/ttyS(n - 1), where the connection is RTU without a device; 0 (at first): none.
   // Error 2 while communication is open, 10 outside 0..255. Where the connection is TCP or states the device it
-  // is 0, and everything else is refused with 10.
+  // is 0, and everything else is refused with 10 (but see SetConfigurationMode).
   void PutComPortNumber(std::int32_t NewValue) override;
   std::int32_t ComPortNumber() override;
   void Reserved29() override;
@@ -121,9 +127,10 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   std::int16_t Timeout() override;
   bool FirmwareDownloadNeeded() override;  // false
   bool ProjectDownloadNeeded() override;   // false
-  // `DeviceKind` is a connection text; null when it does not look like one (there is no ":" in it). Errors: 10
-  // with the reason for one that is wrong, or of a kind that NetworkType excludes; 2 while communication is
-  // open. After a failure, and after null, the device of before stays.
+  // `DeviceKind` is a connection text; null when it is empty or just several words ("a small panel"): the name
+  // of a kind that is none of this driver's. Errors: 10 with the reason for everything else that is no
+  // connection, or of a kind that NetworkType excludes; 2 while communication is open. After a failure, and
+  // after null, nothing has changed.
   std::shared_ptr<DeviceObject> CreateDevice(const std::string& DeviceKind) override;
 
  private:
@@ -137,6 +144,9 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   // `stated`: the connection's own value.
   template <class Number>
   void RequireAsStated(std::string_view what, std::optional<Number> stated, Number value) const;
+  // Whether the connection leaves no choice of the port.
+  bool StatesPort() const;
+  void EndChoosing();
   void RequireReadyForRequest() const;
   void Take(WorkerJob::Kind kind, std::vector<ItemRequest> items);
   // The end of request `number`, if it is still outstanding.
@@ -156,6 +166,13 @@ class ModbusDriver final : public CommunicationDriver, public std::enable_shared
   std::int16_t timeout_ = 1000;
   std::int16_t wordIO_ = 0;
   std::string projectName_;
+  // Put since SetConfigurationMode, for the connection that is about to be chosen.
+  struct Choice {
+    std::optional<std::int32_t> comPortNumber;
+    std::optional<std::int32_t> baudRate;
+  };
+  bool choosing_ = false;
+  Choice choice_;
 
   std::optional<Request> request_;
   std::uint64_t lastNumber_ = 0;

@@ -102,6 +102,15 @@ void ReadBitWriting(Settings& settings, std::string_view value, const Complaint&
   settings.bits = Choose("the way of bits", value, ways, complaint);
 }
 
+void ReadIdentify(Settings& settings, std::string_view value, const Complaint& complaint) {
+  constexpr Choices<bool, 2> answers{{{"yes", true}, {"no", false}}};
+  settings.identify = Choose("the word for identification", value, answers, complaint);
+}
+
+void ReadHold(Settings& settings, std::string_view value, const Complaint& complaint) {
+  settings.hold = std::chrono::milliseconds(complaint.Number("the hold", value, 5, 100, 60'000));
+}
+
 void ReadBaud(Settings& settings, std::string_view value, const Complaint& complaint) {
   const std::int32_t baud = complaint.Number("the baud rate", value, 6, 0, 999'999);
   if (!IsBaudRate(baud)) {
@@ -127,7 +136,7 @@ void ReadStopBits(Settings& settings, std::string_view value, const Complaint& c
   settings.stopBits = complaint.Number("the number of stop bits", value, 1, 1, 2);
 }
 
-constexpr std::array<OptionRow, 11> OptionRows{{
+constexpr std::array<OptionRow, 13> OptionRows{{
     {"unit", false, "unit=1", ReadUnit},
     {"timeout", false, "timeout=1000", ReadTimeout},
     {"order", false, "order=abcd", ReadOrder},
@@ -135,10 +144,12 @@ constexpr std::array<OptionRow, 11> OptionRows{{
     {"text", false, "text=ab", ReadText},
     {"gap", false, "gap=16", ReadGap},
     {"bits", false, "bits=auto", ReadBitWriting},
+    {"identify", false, "identify=yes", ReadIdentify},
     {"baud", true, "baud=19200", ReadBaud},
     {"parity", true, "parity=even", ReadParity},
     {"data", true, "data=8", ReadDataBits},
     {"stop", true, "stop=1", ReadStopBits},
+    {"hold", true, "hold=5000", ReadHold},
 }};
 constexpr std::string_view BlockName = "block";
 

@@ -12,12 +12,15 @@
 //   gap=0..124                        registers (16 times as many bits) that a request may read in vain between
 //                                     two items; 16
 //   bits=auto|mask                    how one bit or byte of a register is written (Exchange.h); auto
+//   identify=yes|no                   whether the device is asked what it is (function 43); yes
 //   block00..block99=REFERENCE        the register with which this raw block begins, as in Reference.h
 // and for rtu only
 //   baud=300..115200                  a customary rate
 //   parity=none|even|odd              even
 //   data=8                            RTU knows no other
 //   stop=1|2                          1; without parity 2
+//   hold=100..60000                   ms that a late answer of a device is waited for which does not answer the
+//                                     question that keeps in step (Link.h); what the link decides
 // Anything else, blanks and '%' are refused.
 // A TCP address is numbers (IPv4, or IPv6 in brackets) or localhost; names are not looked up, because a lookup
 // has no time limit. Its port may be missing: 502. The device of rtu is an absolute path, or missing ("rtu:" or
@@ -62,6 +65,8 @@ struct Settings {
   PairOrder text = PairOrder::ab;
   std::int32_t gap = 16;  // registers
   BitWriting bits = BitWriting::Auto;
+  bool identify = true;
+  std::optional<std::chrono::milliseconds> hold;  // Rtu
   RawBlocks blocks;
 
   // Error 10 with a text that quotes `connection`, names the part that is wrong, and tells the right form.

@@ -39,10 +39,10 @@ void Worker::Bell::Silence() const noexcept {
   [[maybe_unused]] const ssize_t taken = read(descriptor_, &rung, sizeof rung);
 }
 
-Worker::Worker(std::unique_ptr<Line> line, std::chrono::milliseconds timeout, const ExchangeOptions& options,
+Worker::Worker(std::unique_ptr<Line> line, const Link::Terms& terms, const ExchangeOptions& options,
                LinkState& state)
     : line_(std::move(line)),
-      link_(*line_, timeout, &std::chrono::steady_clock::now, state),
+      link_(*line_, terms, &std::chrono::steady_clock::now, state),
       exchange_(link_, options) {
   try {
     thread_ = std::thread([this] { Run(); });

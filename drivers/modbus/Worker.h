@@ -37,15 +37,15 @@ struct WorkerJob {
 class Worker {
  public:
   // Error 5 when the system gives no thread or no descriptor for it. `state` outlives the worker.
-  Worker(std::unique_ptr<Line> line, std::chrono::milliseconds timeout, const ExchangeOptions& options,
+  Worker(std::unique_ptr<Line> line, const Link::Terms& terms, const ExchangeOptions& options,
          LinkState& state);
   Worker(const Worker&) = delete;
   Worker& operator=(const Worker&) = delete;
   // Stops, and waits for the thread's end.
   ~Worker();
 
-  // Waits until the first attempt to connect is over and the device was asked what it is: at most two time-outs
-  // of connecting and one of an answer.
+  // Waits until the first attempt to connect is over and the device was asked what it is: at most three
+  // time-outs (connecting, identification, connecting anew after none).
   void AwaitFirstAttempt();
   // One at a time: only after the answer of the one before, and not after Stop.
   void Start(WorkerJob job);

@@ -131,7 +131,7 @@ TEST(LibmodbusLine, OnTcpTellsAnAnswerFromWhatIsNoneAndEndsTheConnectionThen) {
       {"00 00 00 07 01 03 04 00 05 00", false, "no answer"},  // the end of it is missing
       {"00 00", false, "no answer"},
       {"00 00 00 07 01 03 04 00 05 00", true, "broken"},
-      {"", true, "broken"},
+      {"", true, "broken"},  // it may have been carried out
   };
   for (const Row& row : rows) {
     DeviceThread device(Transport::Tcp, [&](int, const Octets& bytes) {
@@ -378,7 +378,10 @@ TEST(LibmodbusLine, OnRtuTellsAnAnswerFromWhatIsNoneAndKeepsThePort) {
       {WithCrc(FromHex("02 03 04 00 05 00 06")), "wrong"},
       {WithCrc(FromHex("01 04 04 00 05 00 06")), "wrong"},
       {WithCrc(FromHex("01 03 02 00 05")), "wrong"},
-      {WithCrc(FromHex("01 83 0C")), "wrong"},
+      {WithCrc(FromHex("01 83 00")), "wrong"},
+      {WithCrc(FromHex("01 83 0C")), "refused 0"},
+      {WithCrc(FromHex("01 83 FF")), "refused 0"},
+      {WithCrc(FromHex("02 83 0C")), "wrong"},
       {FromHex("01 03 04 00 05"), "no answer"},
       {{}, "no answer"},
   };

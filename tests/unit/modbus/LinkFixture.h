@@ -26,7 +26,7 @@ class LinkFixture : public ::testing::Test {
   // A link of its own, which knows what `state` tells.
   void Begin() {
     link.emplace(
-        line, timeout, [this] { return now; }, state);
+        line, Link::Terms{timeout, identify, hold}, [this] { return now; }, state);
   }
   // What is due in the background, up to and at the present time.
   void WorkAll() {
@@ -66,6 +66,8 @@ class LinkFixture : public ::testing::Test {
   }
 
   std::chrono::milliseconds timeout{1000};
+  bool identify = true;
+  std::optional<std::chrono::milliseconds> hold;
   Link::Time now{1h};
   ScriptedLine line;
   LinkState state;

@@ -55,14 +55,34 @@ TEST_F(LinkStepTest, OutOfStepNothingIsReadOrWritten) {
   EXPECT_EQ(line.Calls(), "resync write");
 }
 
+// It may be the answer to something else.
+TEST_F(LinkStepTest, AfterAnExceptionThatTheProtocolDoesNotDefineFallsIntoStepFirst) {
+  Read();
+  for (const bool writes : {false, true}) {
+    line.Calls();
+    line.answers[writes ? "write" : "read"] = {RefusedAnswer(0)};
+    EXPECT_EQ(writes ? Write() : Read(), "refused 0");
+    EXPECT_EQ(Status(), "answering");
+    EXPECT_EQ(Read(), "done");
+    EXPECT_EQ(line.Calls(), std::string(writes ? "write" : "read") + " resync read");
+  }
+  line.answers["read"] = {RefusedAnswer(9)};
+  Read();
+  Read();
+  EXPECT_EQ(line.Calls(), "read read");
+}
+
 // A device without that function: time has to do.
 TEST_F(LinkStepTest, IsInStepWhenALateAnswerHasHadTimeEnough) {
   struct Row {
     std::chrono::milliseconds timeout;
+    std::optional<std::chrono::milliseconds> given;
     std::chrono::milliseconds hold;
   };
-  for (const Row& row : {Row{1000ms, 10000ms}, Row{100ms, 5000ms}, Row{500ms, 5000ms}, Row{600ms, 6000ms}}) {
+  for (const Row& row : {Row{1000ms, {}, 10000ms}, Row{100ms, {}, 5000ms}, Row{500ms, {}, 5000ms},
+                         Row{600ms, {}, 6000ms}, Row{100ms, 300ms, 300ms}, Row{1000ms, 60000ms, 60000ms}}) {
     timeout = row.timeout;
+    hold = row.given;
     Begin();
     Read();
     line.answers["read"] = {SilentAnswer()};

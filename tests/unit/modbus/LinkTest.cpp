@@ -1,6 +1,7 @@
 // How a link connects, heals and tells its state.
 #include "unit/modbus/LinkFixture.h"
 
+#include <algorithm>
 #include <functional>
 #include <vector>
 
@@ -67,24 +68,47 @@ TEST_F(LinkTest, ARequestDuringThePauseFailsAtOnceAndTellsWhenItIsOver) {
   EXPECT_EQ(Read(), "done");
 }
 
-TEST_F(LinkTest, OnlyAnAnswerTakesThePauseBack) {
+TEST_F(LinkTest, OnlyAReadOrWriteTakesThePauseBack) {
   line.answers["connect"] = {BrokenAnswer(), BrokenAnswer()};
   link->Work();
   now += 100ms;
   link->Work();
   now += 200ms;
-  line.answers["identify"] = {BrokenAnswer()};
-  WorkAll();  // connected, and lost before an answer
-  EXPECT_EQ(line.Calls(), "connect connect connect identify");
+  line.unquiet = true;
+  link->Work();  // connected
+  link->Work();  // and lost before an answer
+  EXPECT_EQ(line.Calls(), "connect connect connect unquiet");
   EXPECT_EQ(*link->NextWork() - now, 400ms);
   now += 400ms;
-  EXPECT_EQ(Read(), "done");
+  WorkAll();  // identified, and lost
   line.unquiet = true;
   link->Work();
-  EXPECT_LE(*link->NextWork(), now);
-  line.answers["connect"] = {BrokenAnswer()};
+  EXPECT_EQ(line.Calls(), "connect identify unquiet");
+  EXPECT_EQ(*link->NextWork() - now, 800ms);
+  for (const bool refused : {false, true}) {
+    if (refused) line.answers["read"] = {RefusedAnswer(2)};
+    EXPECT_EQ(Read(), refused ? "refused 2" : "done");
+    line.unquiet = true;
+    link->Work();
+    EXPECT_EQ(*link->NextWork() - now, 100ms);
+  }
+}
+
+// The pause counts from the beginning of the connection, and is for the background.
+TEST_F(LinkTest, AConnectionThatStoodLongEnoughOrServedIsReplacedAtOnce) {
   WorkAll();
-  EXPECT_EQ(*link->NextWork() - now, 100ms);
+  now += 100ms;
+  line.unquiet = true;
+  link->Work();
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify unquiet connect identify");
+  Read();
+  line.unquiet = true;
+  link->Work();
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "read unquiet");
+  EXPECT_EQ(Read(), "done");
+  EXPECT_EQ(line.Calls(), "connect read");
 }
 
 TEST_F(LinkTest, AnExceptionIsAnAnswer) {
@@ -92,9 +116,6 @@ TEST_F(LinkTest, AnExceptionIsAnAnswer) {
   EXPECT_EQ(Read(), "refused 2");
   EXPECT_EQ(state.Get().exception, 2);
   EXPECT_EQ(Status(), "answering");
-  line.unquiet = true;
-  link->Work();
-  EXPECT_LE(*link->NextWork(), now);
   EXPECT_EQ(Read(), "done");
   EXPECT_EQ(state.Get().exception, 0);
   line.answers["read"] = {RefusedAnswer(0)};
@@ -165,6 +186,70 @@ TEST_F(LinkTest, ANewConnectionAfterAnUnansweredRequestIsNotCalledAnswering) {
   EXPECT_EQ(Status(), "answering");
 }
 
+// Nobody asks it anything after that.
+TEST_F(LinkTest, AConnectionAfterOneThatBrokeBeginsAnew) {
+  line.answers["identify"] = {BrokenAnswer()};
+  WorkAll();
+  now = *link->NextWork();
+  WorkAll();
+  EXPECT_EQ(line.Calls(), "connect identify connect");
+  EXPECT_EQ(Status(), "answering");
+
+  for (const bool refused : {false, true}) {
+    link->Disconnect();
+    Begin();
+    line.answers["identify"] = {SilentAnswer()};
+    if (refused) line.answers["connect"] = {Answer{}, BrokenAnswer()};
+    WorkAll();
+    EXPECT_EQ(Status(), refused ? "not connected" : "unanswered");
+    if (!refused) {
+      line.unquiet = true;
+      link->Work();
+    }
+    now = std::max(now, *link->NextWork());
+    link->Work();
+    EXPECT_EQ(Status(), "answering");
+  }
+}
+
+TEST_F(LinkTest, TellsWhyThereIsNoConnection) {
+  EXPECT_EQ(state.Get().reason, "not connected yet");
+  line.answers["connect"] = {{Answer::Kind::Broken, 0, "nobody there"}};
+  link->Work();
+  EXPECT_EQ(state.Get().reason, "nobody there");
+  now = *link->NextWork();
+  WorkAll();
+  EXPECT_EQ(state.Get().reason, "");
+  line.unquiet = true;
+  link->Work();
+  EXPECT_EQ(state.Get().reason, "the device ended the connection");
+  Read();
+  line.answers["write"] = {SilentAnswer()};
+  Write();
+  EXPECT_EQ(state.Get().reason, "silent");
+  Read();
+  link->GiveUp("out of memory");
+  EXPECT_EQ(state.Get().reason, "out of memory");
+}
+
+TEST_F(LinkTest, ADeviceThatIsNotToBeAskedWhatItIsIsNot) {
+  identify = false;
+  for (const bool serial : {false, true}) {
+    line.mayConfuse = serial;
+    Begin();
+    WorkAll();
+    EXPECT_FALSE(link->NextWork());
+    line.answers["read"] = {SilentAnswer()};
+    Read();
+    now += 1h;
+    WorkAll();
+    link->Disconnect();
+    WorkAll();
+    EXPECT_EQ(line.Calls().find("identify"), std::string::npos);
+    link->Disconnect();
+  }
+}
+
 TEST_F(LinkTest, ANewConnectionIsAskedForItsIdentificationAgain) {
   WorkAll();
   line.Calls();
@@ -172,12 +257,14 @@ TEST_F(LinkTest, ANewConnectionIsAskedForItsIdentificationAgain) {
   line.identification = {"Other", "Q", "3"};
   link->Work();
   EXPECT_EQ(Status(), "not connected");
+  now += 100ms;
   WorkAll();
   EXPECT_EQ(line.Calls(), "unquiet connect identify");
   EXPECT_EQ(state.Get().identification.vendor, "Other");
   line.unquiet = true;
   line.answers["identify"] = {RefusedAnswer(1)};
   link->Work();
+  now += 200ms;
   WorkAll();
   EXPECT_EQ(state.Get().identification, Identification{});
   EXPECT_EQ(Status(), "answering");
@@ -191,8 +278,8 @@ TEST_F(LinkTest, ADeviceThatIsSilentToIdentificationOnlyIsNotAskedAgain) {
   EXPECT_FALSE(link->NextWork());
   EXPECT_EQ(Read(), "done");
   line.unquiet = true;
-  WorkAll();
   link->Work();
+  now += 100ms;
   WorkAll();
   EXPECT_EQ(line.Calls(), "read unquiet connect");
   EXPECT_EQ(Status(), "answering");
@@ -208,11 +295,13 @@ TEST_F(LinkTest, ADeviceInPlaceOfAnotherMayNotIdentifyItself) {
   line.unquiet = true;
   line.answers["identify"] = {SilentAnswer()};
   link->Work();
+  now += 100ms;
   WorkAll();
   Read();
   line.Calls();
   line.unquiet = true;
   link->Work();
+  now += 100ms;
   WorkAll();
   EXPECT_EQ(line.Calls(), "unquiet connect");
   EXPECT_EQ(state.Get().identification, Identification{});
@@ -224,7 +313,7 @@ TEST_F(LinkTest, ADeviceThatWasSilentAltogetherIsAskedForItsIdentificationLater)
   line.answers["read"] = {SilentAnswer()};
   EXPECT_EQ(Read(), "no answer");
   line.Calls();
-  now = *link->NextWork();
+  now = std::max(now, *link->NextWork());
   WorkAll();
   EXPECT_EQ(line.Calls(), "connect identify");
   EXPECT_EQ(Status(), "answering");

@@ -69,6 +69,17 @@ TEST(ModbusSettings, ASerialLineWithoutOptionsIsThatOfThePropertiesWithEvenParit
   EXPECT_EQ(settings.unit, 1);
 }
 
+TEST(ModbusSettings, WhetherAndHowLongADeviceIsAskedOrWaitedForIsTaken) {
+  EXPECT_TRUE(Settings::Parse("rtu:").identify);
+  EXPECT_EQ(Settings::Parse("rtu:").hold, std::nullopt);
+  EXPECT_TRUE(Settings::Parse("tcp://127.0.0.1?identify=yes").identify);
+  EXPECT_FALSE(Settings::Parse("tcp://127.0.0.1?identify=no").identify);
+  const Settings settings = Settings::Parse("rtu:?identify=no&hold=100");
+  EXPECT_FALSE(settings.identify);
+  EXPECT_EQ(settings.hold, milliseconds(100));
+  EXPECT_EQ(Settings::Parse("rtu:?hold=60000").hold, milliseconds(60000));
+}
+
 TEST(ModbusSettings, WithoutParityTwoStopBitsTakeItsPlaceUnlessGiven) {
   EXPECT_EQ(Settings::Parse("rtu:?parity=none").stopBits, 2);
   EXPECT_EQ(Settings::Parse("rtu:?parity=none&stop=1").stopBits, 1);
@@ -207,7 +218,8 @@ TEST(ModbusSettings, AWrongSerialDeviceIsRefused) {
 
 TEST(ModbusSettings, AWrongOptionIsRefused) {
   constexpr const char* known =
-      "there is no option 'Unit', only unit, timeout, order, words, text, gap, bits, block00..block99; write "
+      "there is no option 'Unit', only unit, timeout, order, words, text, gap, bits, identify, "
+      "block00..block99; write "
       "it like tcp://127.0.0.1:502?unit=1";
   ExpectRefusedConnections({
       {"tcp://[::1]?", "an option is empty; write it like tcp://127.0.0.1:502?unit=1"},
@@ -217,8 +229,8 @@ TEST(ModbusSettings, AWrongOptionIsRefused) {
       {"tcp://[::1]?unit", "the option unit has no '=' and no value; write it like unit=1"},
       {"tcp://[::1]?Unit=1", known},
       {"rtu:?slave=1",
-       "there is no option 'slave', only unit, timeout, order, words, text, gap, bits, baud, parity, data, "
-       "stop, block00..block99; write it like rtu:///dev/ttyS0?baud=19200&unit=3"},
+       "there is no option 'slave', only unit, timeout, order, words, text, gap, bits, identify, baud, parity, "
+       "data, stop, hold, block00..block99; write it like rtu:///dev/ttyS0?baud=19200&unit=3"},
       {"tcp://[::1]?unit=1&gap=2&unit=1", "the option unit stands twice; write it like unit=1"},
       {"tcp://[::1]?block03=40001&block03=40002",
        "the option block03 stands twice; write it like block03=40100"},
@@ -244,6 +256,14 @@ TEST(ModbusSettings, AWrongOptionIsRefused) {
       {"rtu:?text=a", "the order of text 'a' is none of ab, ba; write it like text=ab"},
       {"rtu:?gap=125", "the gap 125 is not within 0..124; write it like gap=16"},
       {"rtu:?bits=no", "the way of bits 'no' is none of auto, mask; write it like bits=auto"},
+      {"rtu:?identify=maybe",
+       "the word for identification 'maybe' is none of yes, no; write it like identify=yes"},
+      {"tcp://[::1]?identify=", "the word for identification is missing; write it like identify=yes"},
+      {"rtu:?hold=99", "the hold 99 is not within 100..60000; write it like hold=5000"},
+      {"rtu:?hold=60001", "the hold 60001 is not within 100..60000; write it like hold=5000"},
+      {"rtu:?hold=1s", "the hold '1s' is no decimal number; write it like hold=5000"},
+      {"tcp://[::1]?hold=5000",
+       "the option hold is for rtu only; write it like rtu:///dev/ttyS0?baud=19200&unit=3"},
       {"rtu:?baud=19201",
        "the baud rate 19201 is none of 300, 600, 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200; write it "
        "like baud=19200"},
