@@ -68,7 +68,9 @@ TEST_P(ServerClientTest, AClientReadsAndWritesItemsOfEachKind) {
                                                             {"DW40016", Variant(std::int32_t{-70000})},
                                                             {"FL40018", Variant(-2.5)},
                                                             {"ST4002010", Variant("Cherry 4%")},
-                                                            {"BI00009", Variant(std::int16_t{1})}};
+                                                            {"BI00009", Variant(std::int16_t{1})},
+                                                            {"ST4005010", Variant("ABCDEFGHIJ")},
+                                                            {"ST400503", Variant("xyz")}};
   SafeArray<std::int32_t> handles;
   SafeArray<Variant> values;
   for (const auto& [identifier, value] : writes) {
@@ -90,7 +92,9 @@ TEST_P(ServerClientTest, AClientReadsAndWritesItemsOfEachKind) {
   std::vector<std::string> texts;
   for (const Variant& value : read.View())
     texts.push_back(ToText(value));
-  EXPECT_EQ(texts, (std::vector<std::string>{"1", "200", "40000", "-70000", "-2.5", "Cherry 4% ", "1"}));
+  // The shorter text has its last register for itself, with a zero that no text shows.
+  EXPECT_EQ(texts, (std::vector<std::string>{"1", "200", "40000", "-70000", "-2.5", "Cherry 4% ", "1",
+                                             "xyzEFGHIJ", "xyz"}));
   server->CloseCommunication();
   EXPECT_EQ(server->CommunicationStatus(), 0);
 }
