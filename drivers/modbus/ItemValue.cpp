@@ -2,6 +2,7 @@
 
 #include "errors/AutomationError.h"
 #include "modbus/ItemError.h"
+#include "values/NumberKinds.h"
 #include "values/VariantConversion.h"
 
 #include <algorithm>
@@ -47,28 +48,6 @@ Variant ValueOfWord(std::uint16_t word) {
 // The order of the bytes of a string or raw item.
 PairOrder OrderOfBytes(const Address& item, const ByteOrder& order) {
   return item.kind == ItemKind::String ? order.text : PairOrder::ab;
-}
-
-bool IsNumber(const Variant& value) {
-  if (value.IsArray()) return false;
-  switch (value.Kind()) {
-    case VariantKind::I1:
-    case VariantKind::I2:
-    case VariantKind::I4:
-    case VariantKind::I8:
-    case VariantKind::UI1:
-    case VariantKind::UI2:
-    case VariantKind::UI4:
-    case VariantKind::UI8:
-    case VariantKind::R4:
-    case VariantKind::R8:
-    case VariantKind::Currency:
-    case VariantKind::Decimal:
-    case VariantKind::Boolean:
-      return true;
-    default:
-      return false;
-  }
 }
 
 bool IsZeros(const Variant& value) {

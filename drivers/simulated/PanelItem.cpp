@@ -2,6 +2,7 @@
 
 #include "errors/AutomationError.h"
 #include "simulated/PanelErrors.h"
+#include "values/NumberKinds.h"
 #include "values/VariantConversion.h"
 
 #include <algorithm>
@@ -25,28 +26,6 @@ void RequireDimension(const PanelAddress& item, std::int32_t dimension) {
 
 bool HoldsNumber(const PanelAddress& item) {
   return item.kind != PanelItemKind::String && item.kind != PanelItemKind::Raw;
-}
-
-bool IsNumber(const Variant& value) {
-  if (value.IsArray()) return false;
-  switch (value.Kind()) {
-    case VariantKind::I1:
-    case VariantKind::I2:
-    case VariantKind::I4:
-    case VariantKind::I8:
-    case VariantKind::UI1:
-    case VariantKind::UI2:
-    case VariantKind::UI4:
-    case VariantKind::UI8:
-    case VariantKind::R4:
-    case VariantKind::R8:
-    case VariantKind::Currency:
-    case VariantKind::Decimal:
-    case VariantKind::Boolean:
-      return true;
-    default:
-      return false;
-  }
 }
 
 void WriteNumber(PanelMemory& memory, const PanelAddress& item, const Variant& value) {
