@@ -119,6 +119,59 @@ TEST_F(ModbusDriverPropertiesTest, RefuseWhatTheConnectionStatesOtherwise) {
   }
 }
 
+// A saved configuration brings port and baud rate before the device type.
+TEST_F(ModbusDriverPropertiesTest, OfAConnectionThatIsAboutToBeChosenAreTakenWhateverThePresentOneStates) {
+  struct Row {
+    const char* connection;
+    const char* taken;
+  };
+  const Row rows[] = {
+      {"rtu:", "port 5 baud 300 time-out 1000 order 0"},
+      {"rtu:?baud=600", "port 5 baud 600 time-out 1000 order 0"},
+      {"rtu:/dev/tty9", "port 0 baud 300 time-out 1000 order 0"},
+      {"tcp://127.0.0.1", "port 0 baud 300 time-out 1000 order 0"},
+  };
+  for (const Row& row : rows) {
+    MakeDriver();
+    driver->CreateDevice("rtu:/dev/ttyS9?baud=9600");
+    EXPECT_TRUE(driver->SetConfigurationMode());
+    EXPECT_EQ(PutText(port, 5) + PutText(baud, 300), "0:0:");
+    EXPECT_EQ(PutText(port, 256).substr(0, 3) + PutText(baud, 301).substr(0, 3), "10:10:");
+    EXPECT_EQ(Properties(), "port 5 baud 300 time-out 1000 order 0");
+    EXPECT_EQ(FailureText([&] { driver->CreateDevice("rtu:?baud=1"); }).substr(0, 3), "10:");
+    EXPECT_EQ(Properties(), "port 5 baud 300 time-out 1000 order 0");  // it goes on
+    ASSERT_TRUE(driver->CreateDevice(row.connection));
+    EXPECT_EQ(Properties(), row.taken) << row.connection;
+    driver->CreateDevice("rtu:/dev/ttyS9?baud=9600");
+    EXPECT_EQ(PutText(port, 5).substr(0, 3) + PutText(baud, 300).substr(0, 3), "10:10:");  // it is over
+  }
+}
+
+TEST_F(ModbusDriverPropertiesTest, OfAConnectionThatIsNotChosenAfterAllAreDroppedWhereThePresentOneStatesThem) {
+  struct Row {
+    const char* connection;
+    const char* left;
+  };
+  const Row rows[] = {
+      {"rtu:", "port 5 baud 300 time-out 1000 order 0"},
+      {"rtu:/dev/ttyS9?baud=9600", "port 0 baud 9600 time-out 1000 order 0"},
+      {"tcp://127.0.0.1", "port 0 baud 300 time-out 1000 order 0"},
+  };
+  for (const Row& row : rows) {
+    MakeDriver();
+    driver->CreateDevice(row.connection);
+    driver->SetConfigurationMode();
+    EXPECT_EQ(PutText(port, 5) + PutText(baud, 300), "0:0:");
+    driver->OpenCommunication(true);
+    EXPECT_EQ(Properties(), row.left) << row.connection;
+    EXPECT_TRUE(driver->SetConfigurationMode());
+    EXPECT_EQ(PutText(port, 5).substr(0, 2), "2:");
+    driver->CloseCommunication();
+    driver->CreateDevice("tcp://127.0.0.1");
+    EXPECT_EQ(PutText(port, 5).substr(0, 3), "10:") << "what was put while it was open is for nothing";
+  }
+}
+
 TEST_F(ModbusDriverPropertiesTest, DoNotChangeWhileCommunicationIsOpen) {
   Open();
   for (const auto& [put, value] : {std::pair{port, 0}, std::pair{baud, 9600}, std::pair{timeout, 1000},
@@ -136,6 +189,12 @@ TEST_F(ModbusDriverPropertiesTest, AFailedDeviceChangesNothing) {
   const std::string before = Properties();
   EXPECT_EQ(driver->CreateDevice("no such kind of device"), nullptr);
   EXPECT_EQ(driver->CreateDevice(""), nullptr);
+  for (const char* const wrong :
+       {"127.0.0.1", "localhost", "/dev/ttyUSB0", "PanelB", "127.0.0.1 502", "unit 3"})
+    EXPECT_TRUE(FailureText([&] {
+                  driver->CreateDevice(wrong);
+                }).starts_with("10:Connection '" + std::string(wrong) + "': it "))
+        << wrong;
   EXPECT_EQ(FailureText([&] { driver->CreateDevice("rtu:?baud=300"); }),
             "10:The network type 1 takes TCP connections only, not 'rtu:?baud=300'");
   EXPECT_EQ(FailureText([&] { driver->CreateDevice("tcp://127.0.0.1?timeout=0"); }).substr(0, 3), "10:");

@@ -179,6 +179,20 @@ TEST_F(ModbusDriverTest, AFailureOfTheSinkIsDropped) {
   EXPECT_EQ(Answers(2), (Lines{"read 2 [0]", "read 3 [0]"}));
 }
 
+TEST_F(ModbusDriverTest, TellsWhyThereIsNoConnectionWhileItIsOpen) {
+  gate->reachable = false;
+  Open();
+  EXPECT_EQ(driver->CommunicationStatus(), ModbusDriver::Connecting);
+  EXPECT_EQ(driver->BoardDescription(), "no connection: nobody there");
+  driver->CloseCommunication();
+  EXPECT_EQ(driver->BoardDescription(), "");
+
+  driver = ModbusDriver::Make({platform, files});
+  driver->CreateDevice("rtu:/dev/no-such-port?timeout=50");
+  driver->OpenCommunication(true);
+  EXPECT_EQ(driver->BoardDescription(), "no connection: /dev/no-such-port: No such file or directory");
+}
+
 TEST_F(ModbusDriverTest, TellsWhatTheDeviceIsAsSoonAsItIsOpen) {
   EXPECT_EQ(driver->CommunicationStatus(), ModbusDriver::Closed);
   EXPECT_EQ(driver->BoardDescription(), "");
