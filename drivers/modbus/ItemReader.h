@@ -6,16 +6,29 @@
 // is tried at once. So the next cycle costs one request for each block and one for each item that cannot be
 // read.
 //
-// The plan of the last list is kept: the same list costs no planning.
+// All of this has a budget, MostBesides requests in each list. A block for which nothing is left has the error
+// of the whole, and is divided in the next cycles; items that cannot be read are then asked for in turn, and
+// those that have to wait keep the error that they had last.
+//
+// Blocks at which a list ended are asked last, the one that was so the longest time ago first: what a device
+// keeps silent to takes no more away than itself.
+//
+// The plans of the last lists are kept: the same list costs no planning. What was learned is forgotten with the
+// connection; a cut now and then, one at a time, so that a port that stays open for ever does not remember for
+// ever what the device was like.
 #pragma once
 
 #include "modbus/Coverage.h"
 #include "modbus/ItemExchange.h"
 #include "modbus/Line.h"
+#include "modbus/ListPlan.h"
+#include "modbus/LonelyPlaces.h"
 #include "modbus/ReadPlan.h"
+#include "modbus/Silences.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -23,21 +36,18 @@ namespace orvo::modbus {
 
 class ItemReader {
  public:
+  static constexpr std::size_t MostBesides = 64;    // requests of a list beside its blocks
+  static constexpr std::size_t LonelyShare = 32;    // of these; divisions leave it to items that cannot be read
+  static constexpr std::size_t MostPlans = 8;       // kept
+  static constexpr std::uint64_t ReadsPerCut = 64;  // after so many one cut is forgotten
+
   ItemReader(Line& line, const ByteOrder& order, std::int32_t gap);
 
   ItemResults Read(std::span<const ItemRequest> items);
-  void Forget() noexcept { obstacles_.Clear(); }
+  void Forget() noexcept;
 
  private:
-  struct Target {
-    std::size_t item;  // its position in the list
-    Address address;
-  };
-  struct Key {
-    double compiledAddress;
-    std::int32_t dimension;
-  };
-  using Positions = std::span<const std::size_t>;  // in targets_ and places_
+  using Positions = std::span<const std::size_t>;  // among the targets of the list
   // Becomes the value of a target whose answer lies at `offset`, made where it stays: a value that is moved
   // right after it was made costs twice as much.
   struct Source {
@@ -51,52 +61,66 @@ class ItemReader {
     std::size_t position;  // the first of the second half
     bool isGap;
   };
-  // Whether the items of a block were read with one request.
-  enum class Outcome : std::uint8_t { Whole, InParts };
+  // Whether items were read with one request, with several or not at all, or whether there was no budget to
+  // find that out.
+  enum class Outcome : std::uint8_t { Whole, InParts, Undone };
 
+  ListPlan& PlanOf(std::span<const ItemRequest> items);
   void AskForBlocks();
-  bool IsPlanned(std::span<const ItemRequest> items) const noexcept;
-  void Take(std::span<const ItemRequest> items);
-  void Plan();
+  void AskForBlock(std::size_t block);
+  void AskForLonely();
+  void AskForSilent();
 
-  Outcome ReadPart(Positions items, bool atGap);
+  // `error`: when there is no budget for it.
+  Outcome ReadPart(Positions items, bool atGap, ItemError error);
   // What follows a request for `span` that was not done.
-  Outcome TakeRefusal(Positions items, const Span& span, const Answer& answer, bool atGap);
+  Outcome TakeFailure(Positions items, const Span& span, const Answer& answer, bool atGap);
+  Outcome Divide(Positions items, const Span& span, const Answer& answer, bool atGap);
+  bool IsRefusedOnceMore(const Span& span, const Answer& answer);
   void NoteAnswered(Positions items, const Span& span);
   Outcome TryTogether(Positions items, bool atGap);
   void Settle();
+  void End(const Span& span, const Answer& answer);
+  bool HasBudget() noexcept;
   // Reads `span` to `offset` of registers_ or bits_.
   Answer Ask(const Span& span, std::size_t offset);
+  void LookAtConnection();
   // Every block came whole: all results, in the order of the list.
   void DeliverAll();
   // What lies there for `span`, to its items.
   void Deliver(Positions items, const Span& span, std::size_t offset);
+  void NeedResults();
   void Fail(Positions items, ItemError error);
   Span SpanOf(Positions items) const noexcept;
+  const Span& PlaceOf(std::size_t position) const noexcept { return plan_->Places()[position]; }
   // All have the same place.
-  bool IsSingle(Positions items) const noexcept { return places_[items.front()] == places_[items.back()]; }
+  bool IsSingle(Positions items) const noexcept { return PlaceOf(items.front()) == PlaceOf(items.back()); }
   Division DivisionOf(Positions items, bool atGap) const noexcept;
 
   Line& line_;
   const ByteOrder order_;
   const std::int32_t gap_;
-  Obstacles obstacles_;
 
-  // The last list and its plan.
-  std::vector<Key> keys_;
-  std::vector<Target> targets_;  // the items that have a place
-  std::vector<Span> places_;     // of targets_
-  std::vector<ReadBlock> blocks_;
-  std::vector<std::size_t> offsets_;  // of the answers of blocks_ in registers_ or bits_
-  std::vector<std::size_t> sources_;  // of targets_, when their blocks come whole, likewise
-  std::uint64_t plannedVersion_ = 0;
+  // What was learned of the device, on the connection of this number; what it kept silent to, on any.
+  std::uint64_t knownOn_ = 0;
+  Obstacles obstacles_;
+  LonelyPlaces lonelyPlaces_;
+  Silences silences_;
+  std::uint64_t reads_ = 0;
+
+  std::vector<std::unique_ptr<ListPlan>> plans_;  // the one that was used last first
 
   // The read that is under way.
+  ListPlan* plan_ = nullptr;
   ItemResults results_;
   std::vector<Span> answered_;
-  std::vector<std::size_t> whole_;  // of blocks_, those that came with one request
+  std::vector<std::size_t> whole_;   // blocks that came with one request
+  std::vector<std::size_t> lonely_;  // blocks
+  std::vector<std::size_t> silent_;  // blocks
   Coverage coverage_;
+  std::size_t budget_ = 0;
   bool ended_ = false;
+  bool isNewlyConnected_ = false;
   // Answers as they came: what parts of blocks brought, and behind it, block by block, what whole ones did.
   std::vector<std::uint16_t> registers_;
   std::vector<std::uint8_t> bits_;

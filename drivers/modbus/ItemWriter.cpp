@@ -58,10 +58,18 @@ void ItemWriter::WriteRunOf(const WriteRun& run) {
     Fail(run, LinkDown);
     return;
   }
-  const Answer answer = Send(run);
-  if (run.count == 1 || !IsWorthDividing(answer)) {
-    Conclude(run, answer);
+  LookAtConnection();
+  if (run.count == 1) {
+    Conclude(run, Send(run));
     return;
+  }
+  if (!KnowsOnlyOne(run.span.area)) {
+    const Answer answer = Send(run);
+    // Behind every other exception (4: it failed on the way) part of it may have been done.
+    if (!TookNothing(answer) && !IsUnknown(answer)) {
+      Conclude(run, answer);
+      return;
+    }
   }
   // The device took nothing of it. Which item is to blame shows when each goes by itself.
   for (std::size_t k = run.first; k < run.first + run.count; ++k)
@@ -71,30 +79,84 @@ void ItemWriter::WriteRunOf(const WriteRun& run) {
 Answer ItemWriter::Send(const WriteRun& run) {
   const Image& image = images_[run.first];
   const auto count = static_cast<std::size_t>(run.span.count);
-  if (HoldsBits(run.span.area))
-    return line_.WriteCoils(run.span.start, std::span(coils_).subspan(image.offset, count));
+  const bool isBit = HoldsBits(run.span.area);
   if (writes_[run.first].isPart) return SendPart(run.span.start, image.mask, registers_[image.offset]);
+  if (count == 1)
+    return SendOne(run.span.area, run.span.start, isBit ? coils_[image.offset] : registers_[image.offset]);
+  if (isBit) return line_.WriteCoils(run.span.start, std::span(coils_).subspan(image.offset, count));
   return line_.WriteRegisters(run.span.start, std::span(registers_).subspan(image.offset, count));
+}
+
+Answer ItemWriter::SendOne(Area area, std::int32_t address, std::uint16_t value) {
+  bool byOne = KnowsOnlyOne(area);
+  for (bool isFirst = true;; isFirst = false) {
+    Answer answer = byOne ? SendByOne(area, address, value) : SendBySeveral(area, address, value);
+    LookAtConnection();
+    if (!IsUnknown(answer)) {
+      KnowsOnlyOne(area) = byOne;
+      return answer;
+    }
+    // Not even this is to be relied on: a device may refuse either while it is in another state.
+    KnowsOnlyOne(area) = false;
+    if (!isFirst) return answer;
+    byOne = !byOne;
+  }
+}
+
+Answer ItemWriter::SendByOne(Area area, std::int32_t address, std::uint16_t value) {
+  return HoldsBits(area) ? line_.WriteCoil(address, value != 0) : line_.WriteRegister(address, value);
+}
+
+Answer ItemWriter::SendBySeveral(Area area, std::int32_t address, std::uint16_t value) {
+  const auto bit = static_cast<std::uint8_t>(value);
+  return HoldsBits(area) ? line_.WriteCoils(address, std::span(&bit, 1))
+                         : line_.WriteRegisters(address, std::span(&value, 1));
 }
 
 Answer ItemWriter::SendPart(std::int32_t address, std::uint16_t mask, std::uint16_t value) {
   const auto set = static_cast<std::uint16_t>(value & mask);
   const auto keep = static_cast<std::uint16_t>(~mask);
-  if (!hasNoMask_) {
-    Answer answer = line_.MaskRegister(address, keep, set);
-    const bool isUnknown = answer.kind == Answer::Kind::Refused && answer.exception == 1;
-    if (!isUnknown || bits_ == BitWriting::Mask) return answer;
-    hasNoMask_ = true;
+  for (bool isFirst = true;; isFirst = false) {
+    if (!hasNoMask_) {
+      Answer answer = line_.MaskRegister(address, keep, set);
+      LookAtConnection();
+      if (!IsUnknown(answer) || bits_ == BitWriting::Mask) return answer;
+      hasNoMask_ = true;
+    }
+    std::uint16_t whole = 0;
+    Answer answer = line_.ReadRegisters(Area::HoldingRegisters, address, std::span(&whole, 1));
+    answer.mayHaveArrived = false;  // it was to change nothing
+    if (!answer.IsDone()) return answer;
+    LookAtConnection();
+    if (hasNoMask_) return WriteBack(address, static_cast<std::uint16_t>((whole & keep) | set));
+    // It was read on a new connection, of which nothing is known. One that ends with each answer is no ground
+    // for this.
+    if (!isFirst) return {Answer::Kind::Broken, 0, "the connection ended between reading and writing back"};
   }
-  std::uint16_t whole = 0;
-  Answer answer = line_.ReadRegisters(Area::HoldingRegisters, address, std::span(&whole, 1));
-  if (!answer.IsDone()) return answer;
-  whole = static_cast<std::uint16_t>((whole & keep) | set);
-  return line_.WriteRegisters(address, std::span(&whole, 1));
+}
+
+// On the connection on which it was read, or not at all: behind the next one another device may answer.
+Answer ItemWriter::WriteBack(std::int32_t address, std::uint16_t value) {
+  class Staying {
+   public:
+    explicit Staying(Line& line) : line_(line) { line_.PutReconnecting(false); }
+    Staying(const Staying&) = delete;
+    Staying& operator=(const Staying&) = delete;
+    ~Staying() { line_.PutReconnecting(true); }
+
+   private:
+    Line& line_;
+  };
+  const Staying staying(line_);
+  return SendOne(Area::HoldingRegisters, address, value);
+}
+
+void ItemWriter::LookAtConnection() noexcept {
+  if (std::exchange(knownOn_, line_.Connections()) != line_.Connections()) Forget();
 }
 
 void ItemWriter::Conclude(const WriteRun& run, const Answer& answer) {
-  if (!answer.IsDone()) Fail(run, ErrorOf(answer));
+  if (!answer.IsDone()) Fail(run, ErrorOfWrite(answer));
   ended_ = EndsTheList(answer);
 }
 

@@ -17,7 +17,7 @@ class ItemWriter {
   ItemWriter(Line& line, const ByteOrder& order, BitWriting bits);
 
   ItemResults Write(std::span<const ItemRequest> items);
-  void Forget() noexcept { hasNoMask_ = false; }
+  void Forget() noexcept { hasNoMask_ = coilsOnlyOne_ = registersOnlyOne_ = false; }
 
  private:
   struct Image {
@@ -30,14 +30,27 @@ class ItemWriter {
   bool TakeOne(const ItemRequest& item, std::size_t position);
   void WriteRunOf(const WriteRun& run);
   Answer Send(const WriteRun& run);
+  // By the request for several, or that for one where the device knows no other.
+  Answer SendOne(Area area, std::int32_t address, std::uint16_t value);
+  Answer SendByOne(Area area, std::int32_t address, std::uint16_t value);
+  Answer SendBySeveral(Area area, std::int32_t address, std::uint16_t value);
   Answer SendPart(std::int32_t address, std::uint16_t mask, std::uint16_t value);
+  Answer WriteBack(std::int32_t address, std::uint16_t value);
+  // What was learned holds for one connection.
+  void LookAtConnection() noexcept;
+  bool& KnowsOnlyOne(Area area) noexcept { return HoldsBits(area) ? coilsOnlyOne_ : registersOnlyOne_; }
   void Conclude(const WriteRun& run, const Answer& answer);
   void Fail(const WriteRun& run, ItemError error);
 
   Line& line_;
   const ByteOrder order_;
   const BitWriting bits_;
-  bool hasNoMask_ = false;  // the device does not know the mask request
+
+  // What was learned of the device, on the connection of this number.
+  std::uint64_t knownOn_ = 0;
+  bool hasNoMask_ = false;         // it does not know the mask request
+  bool coilsOnlyOne_ = false;      // it knows only the request for one coil
+  bool registersOnlyOne_ = false;  // or register
 
   // The list that is under way: what is written, in its order, so that a run's registers lie side by side.
   std::vector<Image> images_;

@@ -82,6 +82,10 @@ class Line {
   // came is discarded, and a connection that ended, or can not be trusted any more, is closed.
   virtual bool IsQuiet() = 0;
 
+  // A line that connects by itself: whether a request may find a new connection. False: it is Broken when the
+  // one of now has ended.
+  virtual void PutReconnecting(bool /*may*/) noexcept {}
+
   // What poll() can wait on while nobody asks anything; -1 when not connected.
   virtual int Descriptor() const noexcept = 0;
 

@@ -27,6 +27,15 @@ void Obstacles::Forget(const Span& place) {
   if (alone_.erase({place.area, {place.start, place.count}}) != 0) ++version_;
 }
 
+void Obstacles::ForgetNextCut() {
+  if (cuts_.empty()) return;
+  auto next = cuts_.upper_bound(lastForgotten_);
+  if (next == cuts_.end()) next = cuts_.begin();
+  lastForgotten_ = *next;
+  cuts_.erase(next);
+  ++version_;
+}
+
 void Obstacles::Clear() noexcept {
   if (IsEmpty()) return;
   cuts_.clear();
@@ -69,8 +78,8 @@ std::vector<ReadBlock> PlanReads(std::span<const Span> places, std::int32_t gap,
   constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
   std::size_t growing = None;
   std::size_t lonely = None;
-  const auto open = [&](const Span& place) {
-    blocks.push_back({place, {}});
+  const auto open = [&](const Span& place, bool isLonely) {
+    blocks.push_back({place, {}, isLonely});
     return blocks.size() - 1;
   };
   // The lowest place that is not covered yet has to begin a block, and each block takes what it can reach. A
@@ -78,7 +87,7 @@ std::vector<ReadBlock> PlanReads(std::span<const Span> places, std::int32_t gap,
   for (const std::size_t item : order) {
     const Span& place = places[item];
     if (!obstacles.IsEmpty() && obstacles.IsAlone(place)) {
-      if (lonely == None || blocks[lonely].span != place) lonely = open(place);
+      if (lonely == None || blocks[lonely].span != place) lonely = open(place, true);
       blocks[lonely].items.push_back(item);
       continue;
     }
@@ -87,7 +96,7 @@ std::vector<ReadBlock> PlanReads(std::span<const Span> places, std::int32_t gap,
              std::max(block.End(), place.End()) - block.start <= MostRead(place.area) &&
              !obstacles.Separate(block, place);
     };
-    if (growing == None || !reaches(blocks[growing].span)) growing = open(place);
+    if (growing == None || !reaches(blocks[growing].span)) growing = open(place, false);
     ReadBlock& block = blocks[growing];
     block.span.count = std::max(block.span.End(), place.End()) - block.span.start;
     block.items.push_back(item);

@@ -21,6 +21,8 @@ class Obstacles {
   void PutAlone(const Span& place);
   // It can be read: nothing is special about it any more.
   void Forget(const Span& place);
+  // One cut, in turn from call to call.
+  void ForgetNextCut();
   void Clear() noexcept;
 
   bool HasCutWithin(Area area, std::int32_t first, std::int32_t last) const;  // a cut at first + 1 .. last
@@ -32,9 +34,11 @@ class Obstacles {
   std::uint64_t Version() const noexcept { return version_; }
 
  private:
+  using Cut = std::pair<Area, std::int32_t>;
   using Place = std::pair<Area, std::pair<std::int32_t, std::int32_t>>;  // with start and count
 
-  std::set<std::pair<Area, std::int32_t>> cuts_;
+  std::set<Cut> cuts_;
+  Cut lastForgotten_{};
   std::set<Place> alone_;
   std::uint64_t version_ = 0;
 };
@@ -43,6 +47,7 @@ class Obstacles {
 struct ReadBlock {
   Span span;
   std::vector<std::size_t> items;  // positions in the list of places, in the order of their addresses
+  bool isLonely = false;           // its place was put alone
 };
 
 // The registers (or bits) that a block may read in vain between two places: `gap` registers, 16 times as many

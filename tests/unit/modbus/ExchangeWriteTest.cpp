@@ -88,14 +88,16 @@ TEST_F(ExchangeWriteTest, ALineThatFailsInARefusedRunLeavesTheRestUnsent) {
             (Asked{"write 4:10+3 = 0001 0002 0003", "write 4:10+1 = 0001", "write 4:11+1 = 0002"}));
 }
 
-TEST_F(ExchangeWriteTest, EachEndOfARequestHasItsErrorAndNothingIsSentTwice) {
+TEST_F(ExchangeWriteTest, EachEndOfARequestHasItsErrorAndNothingThatMayHaveHappenedIsSentTwice) {
   struct Row {
     Answer answer;
     const char* errors;
     std::size_t requests;
   };
   const auto end = [](Answer::Kind kind) { return Answer{kind, 0, "by script"}; };
-  for (const Row& row : std::vector<Row>{{FakeDevice::Refusal(1), "10 10 0", 2},
+  Answer brokenBehind = end(Answer::Kind::Broken);
+  brokenBehind.mayHaveArrived = true;
+  for (const Row& row : std::vector<Row>{{brokenBehind, "3 3 5", 1},
                                          {FakeDevice::Refusal(5), "1 1 0", 2},
                                          {FakeDevice::Refusal(6), "1 1 0", 2},
                                          {FakeDevice::Refusal(7), "4 4 0", 2},
@@ -103,7 +105,8 @@ TEST_F(ExchangeWriteTest, EachEndOfARequestHasItsErrorAndNothingIsSentTwice) {
                                          {FakeDevice::Refusal(99), "4 4 0", 2},
                                          {FakeDevice::Refusal(10), "5 5 5", 1},
                                          {FakeDevice::Refusal(11), "3 3 5", 1},
-                                         {FakeDevice::Refusal(4), "0 0 0", 4},
+                                         {FakeDevice::Refusal(0), "4 4 0", 2},
+                                         {FakeDevice::Refusal(4), "4 4 0", 2},
                                          {end(Answer::Kind::NoAnswer), "3 3 5", 1},
                                          {end(Answer::Kind::Wrong), "4 4 5", 1},
                                          {end(Answer::Kind::Broken), "5 5 5", 1}}) {
@@ -166,6 +169,123 @@ TEST_F(ExchangeWriteTest, ARefusedMaskRequestIsNoReasonForAnotherKind) {
   device.protectedAt.insert({Area::HoldingRegisters, 10});
   EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1)})), "10");
   EXPECT_EQ(device.TakeLog(), Asked{"mask 4:10 keep FFFD set 0002"});
+}
+
+TEST_F(ExchangeWriteTest, ADeviceThatRefusesAnAddressOrValueOfARunGetsItsItemsSinglyAndOneThatFailedDoesNot) {
+  for (const int exception : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 255}) {
+    FakeDevice answering;
+    answering.script[0] = FakeDevice::Refusal(static_cast<std::uint8_t>(exception));
+    Exchange fresh(answering, options);
+    fresh.Write(Requests{Word(0, 1), Word(1, 2)});
+    const bool divided = exception >= 1 && exception <= 3;
+    EXPECT_EQ(answering.log.size(), divided ? 3U : 1U) << "exception " << exception;
+  }
+}
+
+TEST_F(ExchangeWriteTest, ADeviceThatKnowsOnlyRequestsForOneGetsOneAtATime) {
+  device.knowsSeveral = false;
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(10, 1)})), "0");
+  EXPECT_EQ(device.TakeLog(), (Asked{"write 4:10+1 = 0001", "one 4:10 = 0001"}));
+  const Requests items{Word(20, 1), Word(21, 2),
+                       With(ItemAt(ItemKind::DoubleWord, Area::HoldingRegisters, 22, 2), Variant(3)),
+                       Word(24, 4)};
+  EXPECT_EQ(ErrorsOf(exchange.Write(items)), "0 0 10 0") << "an item is never torn";
+  EXPECT_EQ(device.TakeLog(),
+            (Asked{"one 4:20 = 0001", "one 4:21 = 0002", "write 4:22+2 = 0000 0003", "one 4:24 = 0004"}));
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Coil(7, true), Coil(8, false)})), "0 0");
+  EXPECT_EQ(device.TakeLog(), (Asked{"write 0:7+2 = 1 0", "write 0:7+1 = 1", "one 0:7 = 1", "one 0:8 = 0"}));
+  EXPECT_EQ(Holding(24), 4);
+  exchange.Forget();
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(10, 1)})), "0");
+  EXPECT_EQ(device.TakeLog(), (Asked{"write 4:10+1 = 0001", "one 4:10 = 0001"}))
+      << "until the line is connected anew";
+}
+
+TEST_F(ExchangeWriteTest, ADeviceThatKnowsNoWritesRefusesThemAndIsAskedAnewEachTime) {
+  device.knowsSeveral = device.knowsOne = false;
+  for (int cycle = 0; cycle < 2; ++cycle) {
+    EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(10, 1), Word(20, 2)})), "10 10");
+    EXPECT_EQ(device.TakeLog(),
+              (Asked{"write 4:10+1 = 0001", "one 4:10 = 0001", "write 4:20+1 = 0002", "one 4:20 = 0002"}));
+  }
+}
+
+TEST_F(ExchangeWriteTest, ARequestForOneThatIsRefusedForItsAddressIsNotSentAsAnother) {
+  device.knowsSeveral = false;
+  device.protectedAt.insert({Area::HoldingRegisters, 10});
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(9, 1)})), "0");
+  device.TakeLog();
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(10, 1)})), "10");
+  EXPECT_EQ(device.TakeLog(), Asked{"one 4:10 = 0001"});
+}
+
+TEST_F(ExchangeWriteTest, ABitGoesIntoADeviceThatKnowsNeitherMasksNorRequestsForSeveral) {
+  device.knowsMask = device.knowsSeveral = false;
+  device.Put(Area::HoldingRegisters, 10, 0xA5A5);
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1), Bit(10, 3, 1)})), "0 0");
+  EXPECT_EQ(device.TakeLog(), (Asked{"mask 4:10 keep FFFD set 0002", "read 4:10+1", "write 4:10+1 = A5A7",
+                                     "one 4:10 = A5A7", "read 4:10+1", "one 4:10 = A5AF"}));
+}
+
+TEST_F(ExchangeWriteTest, WhatWasLearnedOfADeviceDoesNotHoldForTheNextConnection) {
+  device.knowsMask = device.knowsSeveral = false;
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1)})), "0");
+  device.TakeLog();
+  ++device.connections;
+  device.knowsMask = device.knowsSeveral = true;
+  device.knowsOne = false;
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 3, 1), Word(20, 5)})), "0 0");
+  EXPECT_EQ(device.TakeLog(), (Asked{"mask 4:10 keep FFF7 set 0008", "write 4:20+1 = 0005"}));
+}
+
+TEST_F(ExchangeWriteTest, AConnectionMadeInsideAListTakesAwayWhatWasLearned) {
+  device.knowsMask = false;
+  device.reconnects = {3};
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1), Bit(11, 1, 1), Bit(12, 1, 1)})), "0 0 0");
+  Asked kinds;
+  for (const std::string& request : device.TakeLog())
+    kinds.push_back(request.substr(0, request.find_first_of("+k")));
+  EXPECT_EQ(kinds, (Asked{"mas", "read 4:10", "write 4:10", "read 4:11", "mas", "read 4:11", "write 4:11",
+                          "read 4:12", "write 4:12"}));
+}
+
+TEST_F(ExchangeWriteTest, ABitIsNotReadOnOneConnectionAndWrittenOnTheNext) {
+  device.knowsMask = false;
+  device.reconnects = {2};
+  const std::uint16_t before = Holding(10);
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1), Word(11, 5)})), "5 5");
+  EXPECT_EQ(device.log.size(), 3U) << "mask, read, and what did not go out";
+  EXPECT_EQ(Holding(10), before);
+  device.TakeLog();
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(11, 5)})), "0") << "later requests connect again";
+  device.reconnects = {1};
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(11, 6)})), "0");
+}
+
+TEST_F(ExchangeWriteTest, ARegisterReadOnANewConnectionIsNotWrittenBackBeforeTheMaskRequestWasTriedThere) {
+  device.knowsMask = false;
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1)})), "0");
+  device.TakeLog();
+  device.knowsMask = true;
+  device.reconnects = {0};
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 3, 1)})), "0");
+  EXPECT_EQ(device.TakeLog(), (Asked{"read 4:10+1", "mask 4:10 keep FFF7 set 0008"}));
+  // A server that ends the connection behind each answer.
+  device.knowsMask = false;
+  device.reconnects = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 4, 1)})), "5");
+  EXPECT_LE(device.log.size(), 5U);
+}
+
+TEST_F(ExchangeWriteTest, TheReadingOfAWriteThatBreaksHasChangedNothing) {
+  device.knowsMask = false;
+  Answer broken{Answer::Kind::Broken, 0, "gone"};
+  broken.mayHaveArrived = true;
+  device.script[1] = broken;
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1)})), "5");
+  device.TakeLog();
+  device.script = {{1, broken}};
+  EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 1, 1)})), "3") << "its writing may have";
 }
 
 TEST_F(ExchangeWriteTest, WhatWasWrittenIsWhatIsRead) {

@@ -33,6 +33,10 @@ class FakeDevice : public Line {
   bool knowsSeveral = true;  // the requests that write several coils or registers; also for one
   bool knowsOne = true;      // those that write one
   std::uint64_t connections = 1;
+  // The requests (by number, from 0) that find their connection ended and go out on a new one, or not at all.
+  std::set<std::size_t> reconnects;
+  // Addresses to which the device keeps silent.
+  std::set<std::pair<Area, std::int32_t>> silentAt;
 
   static std::uint16_t RegisterAtFirst(Area area, std::int32_t address) noexcept {
     return static_cast<std::uint16_t>(address * 40503 + 7919 * (static_cast<int>(area) + 1));
@@ -104,6 +108,7 @@ class FakeDevice : public Line {
   bool IsQuiet() override { return true; }
   int Descriptor() const noexcept override { return -1; }
   void Interrupt() noexcept override {}
+  void PutReconnecting(bool may) noexcept override { mayReconnect_ = may; }
 
  private:
   static std::string Hex(std::uint16_t word) {
@@ -124,6 +129,13 @@ class FakeDevice : public Line {
   }
   Answer Asked(const std::string& text, Area area, std::int32_t start, std::size_t count, bool writes = false) {
     const auto scripted = script.find(log.size());
+    if (reconnects.contains(log.size())) {
+      if (!mayReconnect_) {
+        log.push_back("(ended) " + text);
+        return {Answer::Kind::Broken, 0, "ended"};
+      }
+      ++connections;
+    }
     log.push_back(text);
     if (scripted != script.end()) return scripted->second;
     const std::int32_t end = start + static_cast<std::int32_t>(count);
@@ -132,12 +144,14 @@ class FakeDevice : public Line {
       return first != places.end() && first->first == area && first->second < end;
     };
     if (!HoldsBits(area) && end - start > mostRegisters) return Refusal(3);
+    if (touches(silentAt)) return {Answer::Kind::NoAnswer, 0, "silent"};
     if (touches(holes)) return Refusal(holeException);
     if (writes && touches(protectedAt)) return Refusal(2);
     return {};
   }
 
   std::map<std::pair<Area, std::int32_t>, std::uint16_t> memory_;
+  bool mayReconnect_ = true;
 };
 
 }  // namespace orvo::modbus
