@@ -1,0 +1,65 @@
+// An exchange that runs out of memory, at each place where it asks for some. This program's operator new is the
+// one below.
+
+#include "ExchangeFixture.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace orvo::modbus {
+
+namespace {
+
+// Of this thread: how many allocations still succeed; below 0 all of them.
+thread_local int allocationsLeft = -1;
+
+void* AllocateForTests(std::size_t size) {
+  if (allocationsLeft == 0) throw std::bad_alloc();
+  if (allocationsLeft > 0) --allocationsLeft;
+  void* const memory = std::malloc(size == 0 ? 1 : size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+using ExchangeMemoryTest = ExchangeTest;
+
+TEST_F(ExchangeMemoryTest, AListThatRanOutOfMemoryIsReadRightTheNextTime) {
+  Requests before = WordsAt(500, 20);
+  Requests items = WordsAt(0, 40);
+  items.push_back(WordAt(200));
+  device.holes.insert({Area::HoldingRegisters, 7});
+  const std::vector<std::pair<std::size_t, std::int32_t>> errors{{7, BadValue}};
+  bool failed = true;
+  for (int most = 0; failed; ++most) {
+    Exchange fresh(device, options);
+    ASSERT_EQ(Wrong(before, fresh.Read(before)), "");
+    device.TakeLog();
+    failed = false;
+    allocationsLeft = most;
+    try {
+      fresh.Read(items);
+    } catch (const std::bad_alloc&) {
+      failed = true;
+    }
+    allocationsLeft = -1;
+    ASSERT_EQ(Wrong(items, fresh.Read(items), errors), "") << "after " << most << " allocations";
+    ASSERT_EQ(Wrong(before, fresh.Read(before)), "") << "after " << most << " allocations";
+    ASSERT_TRUE(failed || most > 20) << "the first allocations are never all there are";
+  }
+}
+
+}  // namespace
+
+}  // namespace orvo::modbus
+
+void* operator new(std::size_t size) {
+  return orvo::modbus::AllocateForTests(size);
+}
+
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
