@@ -174,20 +174,38 @@ TEST_F(ExchangeLimitsTest, AmongRefusedWordsThoseThatCanBeReadAreFoundWithinSome
 }
 
 TEST_F(ExchangeLimitsTest, ALongWayToTheTroubleIsNotGoneAgainAndAgainInVain) {
-  // The budget of a list ends before the last of so many gaps; the next lists go on where it ended.
+  // Refused words leave half of the budget to divisions, less than it takes from here to the last coil.
   Requests items;
-  std::int32_t address = 0;
-  for (int k = 0; k < 600; ++k, address += 1 + k % 7)
-    items.push_back(CoilAt(address));
-  for (std::int32_t k = 0; k < address; ++k)
-    if (k % 97 == 0) device.holes.insert({Area::Coils, k});
   std::vector<std::pair<std::size_t, std::int32_t>> errors;
-  for (std::size_t k = 0; k < items.size(); ++k)
-    if (Address::Decode(items[k].compiledAddress).value_or(Address()).address % 97 == 0)
-      errors.emplace_back(k, BadValue);
+  for (std::int32_t k = 0; k < 40; ++k) {
+    errors.emplace_back(items.size(), BadValue);
+    items.push_back(WordAt(100 * k));
+    Refuse(100 * k, 1);
+  }
+  exchange.Read(items);
+  for (std::int32_t k = 0; k < 1000; ++k)
+    items.push_back(CoilAt(2 * k));
+  errors.emplace_back(items.size() - 1, BadValue);
+  device.holes.insert({Area::Coils, 1998});
   int cycles = 0;
   while (!Wrong(items, exchange.Read(items), errors).empty())
-    ASSERT_LT(++cycles, 20);
+    ASSERT_LT(++cycles, 6);
+}
+
+TEST_F(ExchangeLimitsTest, WordsThatAnswerAgainDoNotWaitForTheEndOfManyDivisions) {
+  Requests items;
+  for (std::int32_t k = 0; k < 40; ++k) {
+    items.push_back(WordAt(10000 + 100 * k));
+    Refuse(10000 + 100 * k, 1);
+  }
+  exchange.Read(items);
+  device.holes.clear();
+  Refuse(0, 500);
+  for (std::int32_t address = 0; address < 500; ++address)
+    items.push_back(WordAt(address));
+  exchange.Read(items);
+  const ItemResults results = exchange.Read(items);
+  EXPECT_EQ(std::count(results.errors.begin(), results.errors.begin() + 40, NoError), 40);
 }
 
 TEST_F(ExchangeLimitsTest, ACutIsForgottenInTheEndAndLearnedAgainWhereItHolds) {
@@ -195,12 +213,24 @@ TEST_F(ExchangeLimitsTest, ACutIsForgottenInTheEndAndLearnedAgainWhereItHolds) {
   Refuse(5, 1);
   Refuse(1005, 1);
   exchange.Read(items);
-  device.holes.erase({Area::HoldingRegisters, 5});
+  device.holes.erase({Area::HoldingRegisters, 1005});
   for (std::uint64_t read = 0; read < 4 * ItemReader::ReadsPerCut; ++read)
     ASSERT_EQ(Wrong(items, exchange.Read(items)), "") << "no value is the price of it";
   device.TakeLog();
   exchange.Read(items);
-  EXPECT_EQ(device.TakeLog(), (Asked{"read 4:0+11", "read 4:1000+1", "read 4:1010+1"}));
+  EXPECT_EQ(device.TakeLog(), (Asked{"read 4:0+1", "read 4:10+1", "read 4:1000+11"}))
+      << "each cut has its turn";
+}
+
+TEST_F(ExchangeLimitsTest, WhatWasLearnedBeforeTheListOnAnotherConnectionIsForgotten) {
+  const Requests items{WordAt(0), WordAt(10), WordAt(200)};
+  Refuse(5, 1);
+  exchange.Read(items);
+  device.TakeLog();
+  ++device.connections;
+  device.holes.clear();
+  EXPECT_EQ(Wrong(items, exchange.Read(items)), "");
+  EXPECT_EQ(device.TakeLog(), (Asked{"read 4:0+11", "read 4:200+1"}));
 }
 
 TEST_F(ExchangeLimitsTest, WhatIsLearnedOnTwoConnectionsIsNotLearned) {
