@@ -101,6 +101,12 @@ TEST(LibmodbusLine, PutsEachRequestOnTheLineAndTakesItsAnswer) {
   reply = "00 00 00 06 09 10 00 01 00 02";
   EXPECT_EQ(AnswerText(line.WriteRegisters(1, std::array<std::uint16_t, 2>{1, 0xFFFE})), "done");
   EXPECT_EQ(came, FromHex("00 00 00 0B 09 10 00 01 00 02 04 00 01 FF FE"));
+  reply = "00 00 00 06 09 05 00 03 FF 00";
+  EXPECT_EQ(AnswerText(line.WriteCoil(3, true)), "done");
+  EXPECT_EQ(came, FromHex("00 00 00 06 09 05 00 03 FF 00"));
+  reply = "00 00 00 06 09 06 00 03 12 34";
+  EXPECT_EQ(AnswerText(line.WriteRegister(3, 0x1234)), "done");
+  EXPECT_EQ(came, FromHex("00 00 00 06 09 06 00 03 12 34"));
   reply = "00 00 00 08 09 16 00 04 FF FE 00 01";
   EXPECT_EQ(AnswerText(line.MaskRegister(4, 0xFFFE, 1)), "done");
   EXPECT_EQ(came, FromHex("00 00 00 08 09 16 00 04 FF FE 00 01"));
