@@ -56,10 +56,23 @@ void* operator new(std::size_t size) {
   return orvo::modbus::AllocateForTests(size);
 }
 
+// Sorting asks in this way, and goes on without.
+void* operator new(std::size_t size, const std::nothrow_t& /*nothrow*/) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t& /*nothrow*/) noexcept {
   std::free(memory);
 }
