@@ -144,7 +144,9 @@ TEST_F(LibmodbusOptionsTest, OnRtuTheSilenceBeginsAnewWithWhatIsDiscarded) {
 TEST_F(LibmodbusOptionsTest, OnALineThatNeverFallsSilentNothingIsAsked) {
   std::atomic<bool> over = false;
   DeviceThread device(Transport::Rtu, [](int, const Octets&) { return DeviceReply{}; });
-  LibmodbusLine line(device.Connection(60));
+  Settings settings = device.Connection(60);
+  settings.baud = 300;  // silence is 128 ms
+  LibmodbusLine line(settings);
   ASSERT_TRUE(line.Connect().IsDone());
   std::thread noise([&] {
     while (!over)
@@ -154,6 +156,8 @@ TEST_F(LibmodbusOptionsTest, OnALineThatNeverFallsSilentNothingIsAsked) {
   }
   const Answer answer = ReadOne(line);
   over = true;
+  while (line.Descriptor() >= 0 && !line.IsQuiet()) {
+  }
   noise.join();
   EXPECT_EQ(answer.kind, Answer::Kind::NoAnswer);
   EXPECT_NE(answer.reason.find(": the line was not silent within 60 ms"), std::string::npos) << answer.reason;
