@@ -13,9 +13,4 @@ ItemResults Exchange::Write(std::span<const ItemRequest> items) {
   return writer_.Write(items);
 }
 
-void Exchange::Forget() noexcept {
-  reader_.Forget();
-  writer_.Forget();
-}
-
 }  // namespace orvo::modbus

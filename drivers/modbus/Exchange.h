@@ -3,8 +3,8 @@
 //
 // Reading. Items that lie near each other share requests (ReadPlan.h). When the device refuses a request of
 // several items (every exception but 1, 5, 6, 10 and 11), the request is divided until each item has its own
-// answer: one bad address fails alone. What was learned so is kept until the line is connected anew, so that
-// the next cycle asks right away. What a list may cost so is limited (ItemReader.h).
+// answer: one bad address fails alone. What was learned so is kept, so that the next cycle asks right
+// away. What a list may cost so is limited (ItemReader.h).
 //
 // Writing. Items go out in the order of the list; those that follow each other in the list and in the device,
 // without gap or overlap, share a request. One that the device refuses without having taken anything (1, 2, 3)
@@ -39,8 +39,6 @@ class Exchange {
 
   ItemResults Read(std::span<const ItemRequest> items);
   ItemResults Write(std::span<const ItemRequest> items);
-  // The line was connected anew: what was learned of the device may no longer hold.
-  void Forget() noexcept;
 
  private:
   ItemReader reader_;

@@ -12,13 +12,7 @@ namespace orvo::modbus {
 ItemReader::ItemReader(Line& line, const ByteOrder& order, std::int32_t gap)
     : line_(line), order_(order), gap_(gap) {}
 
-void ItemReader::Forget() noexcept {
-  obstacles_.Clear();
-  lonelyPlaces_.Clear();
-}
-
 ItemResults ItemReader::Read(std::span<const ItemRequest> items) {
-  if (knownOn_ != line_.Connections()) Forget();
   knownOn_ = line_.Connections();
   if (++reads_ % ReadsPerCut == 0) obstacles_.ForgetNextCut();
   plan_ = &PlanOf(items);
@@ -252,12 +246,12 @@ Answer ItemReader::Ask(const Span& span, std::size_t offset) {
   return answer;
 }
 
-// The plan that is under way serves on: what was learned made it longer, not wrong.
+// What was learned serves on: if it is no longer so, it makes plans longer, not wrong, and fades. A connection
+// that comes and goes would teach nothing otherwise.
 void ItemReader::LookAtConnection() {
   if (knownOn_ == line_.Connections()) return;
   knownOn_ = line_.Connections();
   isNewlyConnected_ = true;
-  obstacles_.Clear();
 }
 
 void ItemReader::DeliverAll() {

@@ -13,9 +13,9 @@
 // Blocks at which a list ended are asked last, the one that was so the longest time ago first: what a device
 // keeps silent to takes no more away than itself.
 //
-// The plans of the last lists are kept: the same list costs no planning. What was learned is forgotten with the
-// connection; a cut now and then, one at a time, so that a port that stays open for ever does not remember for
-// ever what the device was like.
+// The plans of the last lists are kept: the same list costs no planning. What was learned is kept beyond the
+// connection, which may be a short one: at worst it makes plans longer. A place is forgotten when it answers,
+// and a cut now and then, one at a time.
 #pragma once
 
 #include "modbus/Coverage.h"
@@ -44,7 +44,6 @@ class ItemReader {
   ItemReader(Line& line, const ByteOrder& order, std::int32_t gap);
 
   ItemResults Read(std::span<const ItemRequest> items);
-  void Forget() noexcept;
 
  private:
   using Positions = std::span<const std::size_t>;  // among the targets of the list
@@ -101,8 +100,7 @@ class ItemReader {
   const ByteOrder order_;
   const std::int32_t gap_;
 
-  // What was learned of the device, on the connection of this number; what it kept silent to, on any.
-  std::uint64_t knownOn_ = 0;
+  // What was learned of the device.
   Obstacles obstacles_;
   LonelyPlaces lonelyPlaces_;
   Silences silences_;
@@ -120,7 +118,8 @@ class ItemReader {
   Coverage coverage_;
   std::size_t budget_ = 0;
   bool ended_ = false;
-  bool isNewlyConnected_ = false;
+  std::uint64_t knownOn_ = 0;      // the number of the connection
+  bool isNewlyConnected_ = false;  // it changed: refusals on two connections teach nothing together
   // Answers as they came: what parts of blocks brought, and behind it, block by block, what whole ones did.
   std::vector<std::uint16_t> registers_;
   std::vector<std::uint8_t> bits_;

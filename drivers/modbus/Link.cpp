@@ -77,6 +77,7 @@ void Link::Lose(const std::string& reason) noexcept {
 
 void Link::GiveUp(const std::string& reason) noexcept {
   Disconnect();
+  if (line_.MayConfuseAnswers()) facts_.unanswered = clock_();
   Pause(clock_());
   nextForRequest_ = nextInBackground_;
   try {
@@ -102,10 +103,16 @@ void Link::Answered() {
 
 void Link::Unanswered(const Answer& answer) {
   facts_.answered = answer.kind == Answer::Kind::Broken;
-  if (answer.kind == Answer::Kind::Broken || !line_.MayConfuseAnswers()) {
+  if (answer.kind == Answer::Kind::Broken) {
     Lose(answer.reason);
-  } else {
+  } else if (line_.MayConfuseAnswers()) {
     outOfStep_ = true;
+  } else {
+    // The driver ends it, not the device: what else is asked of that one need not wait.
+    const Duration pause = pause_;
+    Lose(answer.reason);
+    pause_ = pause;
+    nextForRequest_ = clock_();
   }
 }
 
@@ -116,7 +123,10 @@ void Link::Conclude(const Answer& answer) {
     facts_.exception = answer.exception;
     if (answer.kind == Answer::Kind::Refused && answer.exception == 0) {
       facts_.exception = -1;
-      outOfStep_ = line_.MayConfuseAnswers();
+      if (line_.MayConfuseAnswers()) {
+        outOfStep_ = true;
+        facts_.unanswered = clock_();
+      }
     }
     if (identity_ == Identity::InDoubt) {
       identity_ = Identity::Settled;
@@ -165,7 +175,8 @@ Answer Link::FallIntoStep() {
   }
   if (!outOfStep_) return {};
   DoubtNoMore();
-  return answer;
+  // Of the request itself nothing has left.
+  return {Answer::Kind::Broken, 0, answer.reason};
 }
 
 Answer Link::Resynchronise() {
@@ -201,7 +212,8 @@ Answer Link::ReadBy(const Ask& ask) {
   Answer answer = ask();
   Conclude(answer);
   if (answer.kind != Answer::Kind::Broken || connections_ != before) return answer;
-  if (Answer obstacle = Ready(); !obstacle.IsDone()) return obstacle;
+  // Without a new connection it is this request that ended the one before, for all that is known.
+  if (!Ready().IsDone()) return answer;
   answer = ask();
   Conclude(answer);
   return answer;

@@ -14,8 +14,8 @@
 // Staying in step. TCP: a request without a proper answer ends the connection. RTU: after connecting and after
 // a request without a proper answer nothing is read or written before Line::Resynchronise went through. A
 // device that never answers that one counts as in step when no answer is outstanding, or when the last one is
-// so for Terms::hold; until then requests end with NoAnswer. The same comes behind an exception with a code
-// that the protocol does not define: it may be the answer to something else.
+// so for Terms::hold; until then requests are Broken, and nothing of them is sent. The same comes behind an
+// exception with a code that the protocol does not define: it may be the answer to something else.
 //
 // Identification is asked for after connecting, in the background, unless Terms::identify says never. A device
 // that does not answer it, but other requests, is not asked again.

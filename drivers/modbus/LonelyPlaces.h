@@ -16,7 +16,6 @@ class LonelyPlaces {
   // It was asked for just now, with this error.
   void Put(const Span& place, ItemError error) { places_[KeyOf(place)] = {error, ++turns_}; }
   void Forget(const Span& place) { places_.erase(KeyOf(place)); }
-  void Clear() noexcept { places_.clear(); }
 
   // BadValue for one that is not known.
   ItemError ErrorOf(const Span& place) const;

@@ -395,9 +395,9 @@ std::shared_ptr<DeviceObject> ModbusDriver::CreateDevice(const std::string& Devi
                                         DeviceKind + "'");
   auto device = std::make_shared<ModbusDevice>(settings.blocks);
   // The device of before has a say no more, but its late answers may come over the same line.
+  ending_.reset();  // its thread tells the state what it leaves behind
   LinkFacts facts;
   facts.unanswered = state_->Get().unanswered;
-  ending_.reset();  // its thread knows the state
   auto state = std::make_unique<LinkState>();
   state->Put(facts);
   comPortNumber_ = choice_.comPortNumber.value_or(comPortNumber_);

@@ -36,13 +36,6 @@ void Obstacles::ForgetNextCut() {
   ++version_;
 }
 
-void Obstacles::Clear() noexcept {
-  if (IsEmpty()) return;
-  cuts_.clear();
-  alone_.clear();
-  ++version_;
-}
-
 bool Obstacles::HasCutWithin(Area area, std::int32_t first, std::int32_t last) const {
   const auto cut = cuts_.upper_bound({area, first});
   return cut != cuts_.end() && cut->first == area && cut->second <= last;

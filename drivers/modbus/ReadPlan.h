@@ -12,7 +12,7 @@
 
 namespace orvo::modbus {
 
-// What was learned of the device since it was connected: what its blocks must not bridge.
+// What was learned of the device: what its blocks must not bridge.
 class Obstacles {
  public:
   // No block reaches over `area`'s address from below it to it, unless an item of it does.
@@ -23,7 +23,6 @@ class Obstacles {
   void Forget(const Span& place);
   // One cut, in turn from call to call.
   void ForgetNextCut();
-  void Clear() noexcept;
 
   bool HasCutWithin(Area area, std::int32_t first, std::int32_t last) const;  // a cut at first + 1 .. last
   bool IsAlone(const Span& place) const;

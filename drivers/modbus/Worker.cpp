@@ -118,7 +118,6 @@ bool Worker::Step() {
 void Worker::Do(WorkerJob job) {
   ItemResults results;
   try {
-    if (std::exchange(learnedOn_, link_.Connections()) != link_.Connections()) exchange_.Forget();
     results = job.kind == WorkerJob::Kind::Read ? exchange_.Read(job.items) : exchange_.Write(job.items);
   } catch (...) {
     // Where it failed nobody knows, so neither what the line is at.

@@ -78,7 +78,6 @@ class Worker {
   const std::unique_ptr<Line> line_;
   Link link_;
   Exchange exchange_;
-  std::uint64_t learnedOn_ = 0;  // the connection of which `exchange_` knows something
   const Bell bell_;
 
   std::mutex mutex_;  // guards what follows

@@ -141,7 +141,7 @@ TEST_F(ExchangeWriteTest, WithoutMaskRequestsARegisterIsReadChangedAndWrittenBac
   EXPECT_EQ(device.TakeLog(),
             (Asked{"read 4:10+1", "write 4:10+1 = A5A6", "read 4:10+1", "write 4:10+1 = 00A6"}))
       << "it is remembered";
-  exchange.Forget();
+  ++device.connections;
   device.knowsMask = true;
   EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Bit(10, 3, 1)})), "0");
   EXPECT_EQ(device.TakeLog(), Asked{"mask 4:10 keep FFF7 set 0008"}) << "until the line is connected anew";
@@ -195,7 +195,7 @@ TEST_F(ExchangeWriteTest, ADeviceThatKnowsOnlyRequestsForOneGetsOneAtATime) {
   EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Coil(7, true), Coil(8, false)})), "0 0");
   EXPECT_EQ(device.TakeLog(), (Asked{"write 0:7+2 = 1 0", "write 0:7+1 = 1", "one 0:7 = 1", "one 0:8 = 0"}));
   EXPECT_EQ(Holding(24), 4);
-  exchange.Forget();
+  ++device.connections;
   EXPECT_EQ(ErrorsOf(exchange.Write(Requests{Word(10, 1)})), "0");
   EXPECT_EQ(device.TakeLog(), (Asked{"write 4:10+1 = 0001", "one 4:10 = 0001"}))
       << "until the line is connected anew";

@@ -39,7 +39,8 @@ class FakeDevice : public Line {
   std::set<std::pair<Area, std::int32_t>> silentAt;
 
   static std::uint16_t RegisterAtFirst(Area area, std::int32_t address) noexcept {
-    return static_cast<std::uint16_t>(address * 40503 + 7919 * (static_cast<int>(area) + 1));
+    return static_cast<std::uint16_t>(static_cast<std::uint32_t>(address) * 40503U +
+                                      7919U * (static_cast<std::uint32_t>(area) + 1U));
   }
   std::uint16_t Register(Area area, std::int32_t address) const {
     const auto written = memory_.find({area, address});

@@ -130,9 +130,11 @@ TEST(LibmodbusLine, OnTcpTellsAnAnswerFromWhatIsNoneAndEndsTheConnectionThen) {
       {"00 00 00 03 01 83 0C", false, "refused 0"},
       {"00 00 00 03 01 83 FF", false, "refused 0"},
       {"00 00 00 03 01 83 00", false, "wrong"},
-      {"01 01 00 07 01 03 04 00 05 00 06", false, "wrong"},  // protocol
-      {"00 00 00 07 01 04 04 00 05 00 06", false, "wrong"},  // function
-      {"00 00 00 05 01 03 02 00 05", false, "wrong"},        // too short
+      {"01 01 00 07 01 03 04 00 05 00 06", false, "wrong"},     // protocol
+      {"00 01 00 07 01 03 04 00 05 00 06", false, "done 5 6"},  // libmodbus takes one wrong byte of the two
+      {"00 00 00 07 01 04 04 00 05 00 06", false, "wrong"},     // function
+      {"00 00 00 03 01 84 02", false, "refused 0"},             // nor does it tell the function of an exception
+      {"00 00 00 05 01 03 02 00 05", false, "wrong"},           // too short
       {"00 00 00 09 01 03 06 00 05 00 06 00 07", false, "wrong"},
       {"00 00 00 07 01 03 04 00 05 00", false, "no answer"},  // the end of it is missing
       {"00 00", false, "no answer"},

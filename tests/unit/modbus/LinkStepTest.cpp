@@ -46,9 +46,10 @@ TEST_F(LinkStepTest, OutOfStepNothingIsReadOrWritten) {
   line.answers["read"] = {SilentAnswer()};
   line.answers["resync"] = {SilentAnswer(), SilentAnswer(), SilentAnswer()};
   Read();
-  EXPECT_EQ(Read(), "no answer");
-  EXPECT_EQ(Write(), "no answer");
-  EXPECT_EQ(Text(link->MaskRegister(0, 0, 0)), "no answer");
+  // Nothing of them is sent, so nothing of them can happen.
+  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(Write(), "broken");
+  EXPECT_EQ(Text(link->MaskRegister(0, 0, 0)), "broken");
   EXPECT_EQ(line.Calls(), "read resync resync resync");
   EXPECT_EQ(Status(), "unanswered");
   EXPECT_EQ(Write(), "done");
@@ -73,6 +74,17 @@ TEST_F(LinkStepTest, AfterAnExceptionThatTheProtocolDoesNotDefineFallsIntoStepFi
 }
 
 // A device without that function: time has to do.
+TEST_F(LinkStepTest, BehindAnExceptionThatTheProtocolDoesNotDefineTheTrueAnswerIsWaitedFor) {
+  Read();
+  line.answers["read"] = {RefusedAnswer(0)};
+  EXPECT_EQ(Read(), "refused 0");
+  line.answers["resync"] = {SilentAnswer(), SilentAnswer()};
+  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(Read(), "broken");
+  now += 10s;
+  EXPECT_EQ(Read(), "done");
+}
+
 TEST_F(LinkStepTest, IsInStepWhenALateAnswerHasHadTimeEnough) {
   struct Row {
     std::chrono::milliseconds timeout;
@@ -91,7 +103,7 @@ TEST_F(LinkStepTest, IsInStepWhenALateAnswerHasHadTimeEnough) {
     const Link::Time since = now;
     line.answers["resync"] = {SilentAnswer()};
     now = since + row.hold - 1ms;
-    EXPECT_EQ(Read(), "no answer");
+    EXPECT_EQ(Read(), "broken");
     EXPECT_EQ(line.Calls(), "resync");
     now = since + row.hold;
     EXPECT_EQ(Read(), "done");
@@ -125,9 +137,9 @@ TEST_F(LinkStepTest, ADeviceThatComesBackIsAskedForItsIdentification) {
   line.answers["identify"] = {SilentAnswer(), SilentAnswer()};
   line.answers["resync"] = {SilentAnswer(), SilentAnswer()};
   line.answers["read"] = {SilentAnswer()};
-  for (int k = 0; k < 2; ++k) {
+  for (const char* const outcome : {"no answer", "broken"}) {
     WorkAll();
-    EXPECT_EQ(Read(), "no answer");
+    EXPECT_EQ(Read(), outcome);
   }
   WorkAll();
   EXPECT_EQ(line.Calls(), "connect identify resync read identify resync identify");
@@ -144,8 +156,8 @@ TEST_F(LinkStepTest, ALinkInPlaceOfAnotherWaitsForTheLateAnswersOfThatOne) {
   link->Disconnect();
   Begin();
   line.Calls();
-  EXPECT_EQ(Read(), "no answer");
-  EXPECT_EQ(Read(), "no answer");
+  EXPECT_EQ(Read(), "broken");
+  EXPECT_EQ(Read(), "broken");
   EXPECT_EQ(line.Calls(), "connect resync resync");
   now += 10s;
   EXPECT_EQ(Read(), "done");
@@ -158,7 +170,7 @@ TEST_F(LinkStepTest, APortThatWasLostIsOutOfStepWhenItIsBack) {
   Write();
   line.Calls();
   line.answers["resync"] = {SilentAnswer()};
-  EXPECT_EQ(Read(), "no answer");
+  EXPECT_EQ(Read(), "broken");
   EXPECT_EQ(line.Calls(), "connect resync");
 }
 

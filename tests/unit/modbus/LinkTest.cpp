@@ -140,6 +140,26 @@ TEST_F(LinkTest, AReadOnAConnectionMadeForItIsNotAskedAgain) {
   EXPECT_EQ(line.Calls(), "connect read");
 }
 
+TEST_F(LinkTest, AReadThatEndedItsConnectionSaysSoThoughNoOtherOneCanBeMade) {
+  Read();
+  line.answers["read"] = {{Answer::Kind::Broken, 0, "reset", true}};
+  line.answers["connect"] = {BrokenAnswer()};
+  const Answer answer = ReadAnswer();
+  EXPECT_EQ(answer.reason, "reset");
+  EXPECT_TRUE(answer.mayHaveArrived);
+}
+
+TEST_F(LinkTest, OnTcpWhatComesAfterAnUnansweredRequestNeedNotWait) {
+  for (int k = 0; k < 5; ++k) {
+    line.answers["read"] = {SilentAnswer()};
+    EXPECT_EQ(Read(), "no answer");
+    EXPECT_EQ(line.Calls(), "connect read close");
+  }
+  line.answers["read"] = {RubbishAnswer()};
+  EXPECT_EQ(Read(), "wrong");
+  EXPECT_EQ(Read(), "done");
+}
+
 TEST_F(LinkTest, AWriteIsNeverAskedTwice) {
   Read();
   line.Calls();

@@ -219,7 +219,7 @@ TEST(ReadPlan, WhatIsForgottenIsNoObstacleAnyMore) {
   EXPECT_EQ(obstacles.Version(), 2U);
   EXPECT_EQ(BlocksOf(WordsInARow(10, 10), obstacles), "4:10+10");
   obstacles.PutCut(Area::HoldingRegisters, 12);
-  obstacles.Clear();
+  obstacles.ForgetNextCut();
   EXPECT_EQ(obstacles.Version(), 4U);
   EXPECT_EQ(BlocksOf(WordsInARow(10, 10), obstacles), "4:10+10");
 }
