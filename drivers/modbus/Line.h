@@ -54,7 +54,7 @@ class Line {
   virtual Answer Connect() = 0;
   virtual void Disconnect() noexcept = 0;
   virtual bool IsConnected() const noexcept = 0;
-  // Connections made so far: what was learned of the device holds for one of them.
+  // Connections made so far. Behind each of them another device may answer.
   virtual std::uint64_t Connections() const noexcept = 0;
 
   // Spans within the limits of one request (Area.h); `bits` are 0 or 1, one byte each. Unless Done, what was to

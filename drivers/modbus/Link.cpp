@@ -282,8 +282,6 @@ void Link::AskIdentity() {
     facts_.identification = answer.IsDone() ? identification : Identification{};
   } else {
     identity_ = Identity::InDoubt;
-    // A device that keeps silent has not ended anything: it is there, for all that is known.
-    if (answer.kind == Answer::Kind::NoAnswer) nextForRequest_ = clock_();
   }
   Publish();
 }

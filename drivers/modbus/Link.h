@@ -5,8 +5,9 @@
 // long each time, up to 5 s. Only a read or write that the device answered (also with an exception) takes it
 // back: a device that ends each connection that nobody uses is not besieged. The pause after a connection
 // counts from when it was made. In the background nothing connects before it is over. A request connects at
-// once when the device had answered anything on the connection that ended; else it is Broken at once while the
-// pause lasts, with a reason that tells when it is over.
+// once when the device had answered anything on the connection that ended, or when the link ended it because a
+// request went unanswered; else it is Broken at once while the pause lasts, with a reason that tells when it is
+// over.
 //
 // Requests. A read that finds its connection ended is asked once more on a new one. A write never is: before it
 // the connection is looked at, so that it finds a new one when the old one ended while nothing went on.
