@@ -1,5 +1,6 @@
 // The line over libmodbus against devices of the test's own, byte by byte.
 #include "modbus/LibmodbusLine.h"
+#include "unit/modbus/AnswerText.h"
 #include "unit/modbus/DeviceThread.h"
 
 #include <gtest/gtest.h>
@@ -24,22 +25,6 @@ namespace {
 
 constexpr int Short = 60;    // ms, for devices that keep silent
 constexpr int Long = 20000;  // never waited out
-
-std::string AnswerText(const Answer& answer) {
-  switch (answer.kind) {
-    case Answer::Kind::Done:
-      return "done";
-    case Answer::Kind::Refused:
-      return "refused " + std::to_string(answer.exception);
-    case Answer::Kind::NoAnswer:
-      return "no answer";
-    case Answer::Kind::Wrong:
-      return "wrong";
-    case Answer::Kind::Broken:
-      break;
-  }
-  return "broken";
-}
 
 // The request's transaction number in front of `rest`.
 Octets Numbered(const Octets& request, const std::string& rest) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "modbus/Link.h"
+#include "unit/modbus/AnswerText.h"
 #include "unit/modbus/ScriptedLine.h"
 
 #include <gtest/gtest.h>
@@ -34,21 +35,7 @@ class LinkFixture : public ::testing::Test {
       link->Work();
   }
 
-  static std::string Text(const Answer& answer) {
-    switch (answer.kind) {
-      case Answer::Kind::Done:
-        return "done";
-      case Answer::Kind::Refused:
-        return "refused " + std::to_string(answer.exception);
-      case Answer::Kind::NoAnswer:
-        return "no answer";
-      case Answer::Kind::Wrong:
-        return "wrong";
-      case Answer::Kind::Broken:
-        break;
-    }
-    return "broken";
-  }
+  static std::string Text(const Answer& answer) { return AnswerText(answer); }
   std::string Read() { return Text(ReadAnswer()); }
   Answer ReadAnswer() {
     std::uint16_t word = 0;
